@@ -1,0 +1,240 @@
+// Files over the POSIX calls: every call that may be interrupted or cut short is repeated.
+#include "qvr/platform/CFile.h"
+
+#include <dirent.h>
+#include <fcntl.h>
+#include <fnmatch.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <cerrno>
+#include <cstdlib>
+#include <memory>
+#include <string>
+
+#include "qvr/platform/detail/files.h"
+#include "qvr/platform/detail/guard.h"
+#include "qvr/platform/detail/memory.h"
+
+namespace {
+
+// Linux moves at most 0x7ffff000 bytes a call; a smaller step costs nothing and keeps counts well inside ssize_t.
+constexpr std::size_t kLargestStep = std::size_t{1} << 30;
+constexpr std::size_t kCopyStep = std::size_t{1} << 20;
+
+// Synchronising is not supported by pipes and some devices; that is no error of the data.
+bool isSyncError(int error) {
+    return error != EINVAL && error != ENOTSUP && error != EROFS;
+}
+
+}  // namespace
+
+CException::~CException() = default;
+const char* CException::what() const noexcept {
+    return "framework error";
+}
+CFileException::~CFileException() = default;
+const char* CFileException::what() const noexcept {
+    return "file error";
+}
+
+CFile::~CFile() {
+    qvr::guarded([this] { CFile::Close(); });
+}
+
+int CFile::Open(const char* path, unsigned mode) {
+    if (!path) return 0;
+    if (m_descriptor >= 0) qvr::guarded([this] { CFile::Close(); });
+
+    const unsigned access = mode & 3U;
+    int flags = access == modeRead ? O_RDONLY : access == modeWrite ? O_WRONLY : O_RDWR;
+    if (mode & modeCreate) flags |= O_CREAT | O_TRUNC;
+    flags |= O_CLOEXEC | O_NONBLOCK | O_NOCTTY;
+    int descriptor;
+    do {
+        descriptor = ::open(path, flags, 0666);
+    } while (descriptor < 0 && errno == EINTR);
+    if (descriptor < 0) return 0;
+
+    struct stat status {};
+    if (::fstat(descriptor, &status) != 0 || S_ISDIR(status.st_mode)) {
+        ::close(descriptor);
+        return 0;
+    }
+    m_descriptor = descriptor;
+    m_written = (mode & modeCreate) != 0;
+    return 1;
+}
+
+std::size_t CFile::Read(void* buffer, std::size_t count) {
+    if (m_descriptor < 0) throw CFileException(EBADF);
+    std::size_t done = 0;
+    while (done < count) {
+        const ssize_t step =
+            ::read(m_descriptor, static_cast<char*>(buffer) + done, std::min(count - done, kLargestStep));
+        if (step == 0) break;
+        if (step > 0) done += static_cast<std::size_t>(step);
+        if (step < 0 && errno != EINTR) throw CFileException(errno);
+    }
+    return done;
+}
+
+void CFile::Write(const void* buffer, std::size_t count) {
+    if (m_descriptor < 0) throw CFileException(EBADF);
+    m_written = true;
+    std::size_t done = 0;
+    while (done < count) {
+        const ssize_t step = ::write(m_descriptor, static_cast<const char*>(buffer) + done,
+                                     std::min(count - done, kLargestStep));
+        if (step > 0) done += static_cast<std::size_t>(step);
+        if (step == 0) throw CFileException(ENOSPC);
+        if (step < 0 && errno != EINTR) throw CFileException(errno);
+    }
+}
+
+void CFile::Close() {
+    if (m_descriptor < 0) return;
+    int error = 0;
+    if (m_written) {
+        int result;
+        do {
+            result = ::fdatasync(m_descriptor);
+        } while (result != 0 && errno == EINTR);
+        if (result != 0 && isSyncError(errno)) error = errno;
+    }
+    // On Linux the descriptor is gone even when close() reports an error, EINTR included.
+    if (::close(m_descriptor) != 0 && errno != EINTR && error == 0) error = errno;
+    m_descriptor = -1;
+    m_written = false;
+    if (error != 0) throw CFileException(error);
+}
+
+int CFileFind::FindFile(const char* pattern) {
+    return qvr::guarded(0, [&] {
+        if (!pattern) return 0;
+        const std::string path(pattern);
+        const std::size_t slash = path.rfind('/');
+        const std::string name = slash == std::string::npos ? path : path.substr(slash + 1);
+        struct stat status {};
+        if (name.find_first_of("*?") == std::string::npos) return ::stat(pattern, &status) == 0 ? 1 : 0;
+
+        const std::string folder = slash == std::string::npos ? "." : path.substr(0, slash + 1);
+        const std::unique_ptr<DIR, int (*)(DIR*)> entries(::opendir(folder.c_str()), ::closedir);
+        if (!entries) return 0;
+        // "*.*" means every entry, also one without a dot, as a framework's find does.
+        const std::string wanted = name == "*.*" ? "*" : name;
+        while (const dirent* entry = ::readdir(entries.get()))
+            if (::fnmatch(wanted.c_str(), entry->d_name, FNM_NOESCAPE) == 0) return 1;
+        return 0;
+    });
+}
+
+int CreateDirectoryA(const char* path) {
+    return path && ::mkdir(path, 0777) == 0 ? 1 : 0;
+}
+
+int DeleteFileA(const char* path) {
+    return path && ::unlink(path) == 0 ? 1 : 0;
+}
+
+namespace {
+
+// Copies `source` into the new file `temporary` and makes it safe on disk. Throws or returns false on failure.
+bool copyInto(const char* source, const char* temporary, mode_t permissions) {
+    const qvr::Bytes buffer = qvr::makeBytes(kCopyStep);
+    CFile in;
+    CFile out;
+    if (!buffer || !in.Open(source, CFile::modeRead)) return false;
+    if (!out.Open(temporary, CFile::modeWrite | CFile::modeCreate)) return false;
+    while (const std::size_t count = in.Read(buffer.get(), kCopyStep)) out.Write(buffer.get(), count);
+    out.Close();
+    return ::chmod(temporary, permissions) == 0;
+}
+
+}  // namespace
+
+int CopyFileA(const char* source, const char* target, int failIfExists) {
+    return qvr::guarded(0, [&] {
+        if (!source || !target) return 0;
+        struct stat from {};
+        if (::stat(source, &from) != 0 || !S_ISREG(from.st_mode)) return 0;
+        struct stat to {};
+        const bool exists = ::stat(target, &to) == 0;
+        if (exists && (failIfExists || !S_ISREG(to.st_mode))) return 0;
+        if (exists && from.st_dev == to.st_dev && from.st_ino == to.st_ino) return 0;
+
+        const std::string temporary = qvr::neighbourName(target);
+        const mode_t permissions = (exists ? to.st_mode : from.st_mode) & 07777;
+        const bool copied =
+            qvr::guarded(false, [&] { return copyInto(source, temporary.c_str(), permissions); });
+        if (copied && qvr::replaceFile(temporary.c_str(), target)) return 1;
+        ::unlink(temporary.c_str());
+        return 0;
+    });
+}
+
+namespace qvr {
+
+std::optional<std::uint64_t> fileLength(const char* path) noexcept {
+    struct stat status {};
+    if (!path || ::stat(path, &status) != 0 || !S_ISREG(status.st_mode)) return std::nullopt;
+    return static_cast<std::uint64_t>(status.st_size);
+}
+
+bool fileExists(const char* path) noexcept {
+    return fileLength(path).has_value();
+}
+
+bool isSameFile(const char* a, const char* b) noexcept {
+    struct stat first {};
+    struct stat second {};
+    if (!a || !b || ::stat(a, &first) != 0 || ::stat(b, &second) != 0) return false;
+    return first.st_dev == second.st_dev && first.st_ino == second.st_ino;
+}
+
+bool ensureFolder(const char* path) noexcept {
+    if (!path) return false;
+    if (::mkdir(path, 0777) == 0) return true;
+    struct stat status {};
+    return ::stat(path, &status) == 0 && S_ISDIR(status.st_mode);
+}
+
+std::string joinPath(const std::string& folder, const std::string& name) {
+    return !folder.empty() && folder.back() == '/' ? folder + name : folder + '/' + name;
+}
+
+bool isPlainName(const char* name) noexcept {
+    if (!name || !*name) return false;
+    for (const char* byte = name; *byte; ++byte)
+        if (*byte == '/' || *byte == '\\' || static_cast<unsigned char>(*byte) < 0x20 || *byte == 0x7f)
+            return false;
+    return true;
+}
+
+std::string neighbourName(const std::string& target) {
+    // A symbolic link stays a link: the file it leads to is what gets replaced.
+    std::string real = target;
+    const std::unique_ptr<char, void (*)(void*)> resolved(::realpath(target.c_str(), nullptr), std::free);
+    if (resolved) real = resolved.get();
+    return real + ".qvr-new-" + std::to_string(::getpid());
+}
+
+bool replaceFile(const char* temporary, const char* target) noexcept {
+    return guarded(false, [&] {
+        const std::unique_ptr<char, void (*)(void*)> resolved(::realpath(target, nullptr), std::free);
+        const std::string real = resolved ? resolved.get() : target;
+        if (::rename(temporary, real.c_str()) != 0) return false;
+        // The new name is safe only when its folder is; a file system that cannot do that is no failure.
+        const std::size_t slash = real.rfind('/');
+        const std::string folder = slash == std::string::npos ? "." : real.substr(0, slash + 1);
+        const int descriptor = ::open(folder.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
+        if (descriptor >= 0) {
+            ::fsync(descriptor);
+            ::close(descriptor);
+        }
+        return true;
+    });
+}
+
+}  // namespace qvr
