@@ -17,3 +17,6 @@ if(QVR_COVERAGE)
   target_compile_options(qvr_options INTERFACE --coverage -O0)
   target_link_options(qvr_options INTERFACE --coverage)
 endif()
+if(QVR_BUILD_FUZZ)
+  target_compile_options(qvr_options INTERFACE -fsanitize=fuzzer-no-link)  # the fuzzer sees which branches it reached
+endif()

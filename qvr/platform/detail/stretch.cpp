@@ -6,6 +6,7 @@
 #include <array>
 #include <cstring>
 
+#include "qvr/platform/detail/clones.h"
 #include "qvr/platform/detail/memory.h"
 
 namespace qvr {
@@ -45,21 +46,31 @@ struct RowJob {
     const std::uint32_t* columns;                // source column of each destination column
     std::size_t count;                           // of destination columns
     bool adjacent;                               // the source columns follow each other
+    std::uint8_t* values;                        // room for a row of an 8-bit bitmap
+    bool grey;                                   // an 8-bit bitmap whose colours are 256 greys, in order
     std::array<std::uint32_t, 256> pixels = {};  // destination pixel of each value of an 8-bit bitmap
 };
 
 template <class Format>
-void convertIndexedRow(const RowJob& job, const std::uint8_t* source, std::uint8_t* to) {
-    if (job.adjacent) {
-        source += job.columns[0];
-        for (std::size_t i = 0; i < job.count; ++i) {
-            Format::store(to + i * Format::kBytes, job.pixels[source[i]]);
-        }
-    } else {
-        for (std::size_t i = 0; i < job.count; ++i) {
-            Format::store(to + i * Format::kBytes, job.pixels[source[job.columns[i]]]);
-        }
+void convertIndexedRow(const RowJob& job, const std::uint8_t* values, std::uint8_t* to) {
+    for (std::size_t i = 0; i < job.count; ++i) Format::store(to + i * Format::kBytes, job.pixels[values[i]]);
+}
+
+// Grey v of a grey table on a surface of 32 bits is v * 0x010101: computed, a row takes a third of the time of 256
+// entries looked up.
+QVR_CLONES void convertGreyRow(const std::uint8_t* __restrict values, std::size_t count,
+                               std::uint8_t* __restrict to) {
+    for (std::size_t i = 0; i < count; ++i) {
+        const std::uint32_t pixel = values[i] * 0x010101U;
+        std::memcpy(to + 4 * i, &pixel, sizeof pixel);
     }
+}
+
+// The values of a row in the order of the destination columns.
+const std::uint8_t* pickedValues(const RowJob& job, const std::uint8_t* source) {
+    if (job.adjacent) return source + job.columns[0];
+    for (std::size_t i = 0; i < job.count; ++i) job.values[i] = source[job.columns[i]];
+    return job.values;
 }
 
 template <class Format>
@@ -81,7 +92,11 @@ void drawRows(RowJob& job, const PixelMemory& surface, std::int64_t x, const Axi
         if (row == previous) {
             std::memcpy(to, surface.at(x, rows.start + i - 1), job.count * Format::kBytes);
         } else if (indexed) {
-            convertIndexedRow<Format>(job, job.bitmap.row(row), to);
+            const std::uint8_t* const values = pickedValues(job, job.bitmap.row(row));
+            if (Format::kBytes == 4 && job.grey)
+                convertGreyRow(values, job.count, to);
+            else
+                convertIndexedRow<Format>(job, values, to);
         } else {
             convertRow<Format>(job, job.bitmap.row(row), to);
         }
@@ -89,9 +104,17 @@ void drawRows(RowJob& job, const PixelMemory& surface, std::int64_t x, const Axi
     }
 }
 
+bool isGrey(const BitmapPixels& bitmap) {
+    if (bitmap.bitCount() != 8) return false;
+    for (std::uint32_t value = 0; value < 256; ++value)
+        if (bitmap.table()[value] != rgb(value, value, value)) return false;
+    return true;
+}
+
 }  // namespace
 
-int stretchBitmap(const PixelMemory& surface, const StretchRectangles& r, const BitmapPixels& bitmap) {
+int stretchBitmap(const PixelMemory& surface, const StretchRectangles& r, const BitmapPixels& bitmap,
+                  CodePath path) {
     if (r.dw < 1 || r.dh < 1 || r.sw < 1 || r.sh < 1) return 0;
     const Axis across{r.dx, r.dw, r.sx, r.sw};
     const Axis down{r.dy, r.dh, bitmap.isBottomUp() ? bitmap.height() - (r.sy + r.sh) : r.sy, r.sh};
@@ -100,13 +123,18 @@ int stretchBitmap(const PixelMemory& surface, const StretchRectangles& r, const 
     if (x.isEmpty() || y.isEmpty()) return 0;
 
     const auto count = static_cast<std::size_t>(x.end - x.first);
-    const Bytes columns = makeBytes(count * sizeof(std::uint32_t));
+    const Bytes columns = makeBytes(count * (sizeof(std::uint32_t) + sizeof(std::uint8_t)));
     if (!columns) return 0;
     auto* const map = reinterpret_cast<std::uint32_t*>(columns.get());
     for (std::size_t i = 0; i < count; ++i) {
         map[i] = static_cast<std::uint32_t>(across.source(x.first + static_cast<std::int64_t>(i)));
     }
-    RowJob job{.bitmap = bitmap, .columns = map, .count = count, .adjacent = r.sw == r.dw};
+    RowJob job{.bitmap = bitmap,
+               .columns = map,
+               .count = count,
+               .adjacent = r.sw == r.dw,
+               .values = columns.get() + count * sizeof(std::uint32_t),
+               .grey = path == CodePath::fastest && isGrey(bitmap)};
     withFormat(surface.bits,
                [&](auto format) { drawRows<decltype(format)>(job, surface, r.dx + x.first, down, y); });
     return static_cast<int>(y.end - y.first);

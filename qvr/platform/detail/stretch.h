@@ -4,6 +4,7 @@
 #include <cstdint>
 
 #include "qvr/platform/detail/bitmapPixels.h"
+#include "qvr/platform/detail/codePath.h"
 #include "qvr/platform/detail/pixelFormat.h"
 
 namespace qvr {
@@ -18,6 +19,6 @@ struct StretchRectangles {
 /// outside the surface or takes its source from outside the bitmap is left as it is.
 /// @return rows drawn; 0 for a side below 1, nothing visible or no memory for the column map
 [[nodiscard]] int stretchBitmap(const PixelMemory& surface, const StretchRectangles& rectangles,
-                                const BitmapPixels& bitmap);
+                                const BitmapPixels& bitmap, CodePath path = CodePath::fastest);
 
 }  // namespace qvr
