@@ -1,0 +1,343 @@
+// CDib: metrics, the file format and what it must withstand, palettes, and headers that were changed from outside.
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <cstring>
+#include <memory>
+
+#include "qvr/image/CDib.h"
+#include "qvr/platform/CRasterDC.h"
+#include "support/fileSizeLimit.h"
+#include "support/pictures.h"
+#include "support/recordingDC.h"
+#include "support/refuseAllocation.h"
+#include "support/temporaryFolder.h"
+
+namespace {
+
+constexpr std::uint32_t kColours[] = {0x010203, 0xA0B0C0, 0x00FF00, 0xFF0000, 0x0000FF};
+
+testing::AssertionResult isEmpty(const CDib& bitmap) {
+    const bool empty = !bitmap.InfoHeader && !bitmap.ColorTable && !bitmap.Bits && bitmap.ImageSize == 0 &&
+                       bitmap.ColorTableEntries == 0;
+    return empty ? testing::AssertionSuccess() : testing::AssertionFailure() << "not empty";
+}
+
+int read(CDib& bitmap, const TemporaryFolder& folder, const std::string& stream) {
+    CFile file;
+    file.Open(folder.file("read.bmp", stream).c_str(), CFile::modeRead);
+    return bitmap.Read(&file);
+}
+
+std::string written(CDib& bitmap, const TemporaryFolder& folder) {
+    CFile file;
+    file.Open((folder / "written.bmp").c_str(), CFile::modeReadWrite | CFile::modeCreate);
+    return bitmap.Write(&file) ? contentOf(folder / "written.bmp") : "(failed)";
+}
+
+void put(std::string& stream, std::size_t offset, std::uint32_t value, std::size_t bytes = 4) {
+    std::memcpy(stream.data() + offset, &value, bytes);
+}
+
+// A stream of a bitmap with `entries` colours and pixel bytes 1, 2, 3, ….
+std::string streamOf(int width, int height, int bitCount, int entries, std::uint32_t imageSize) {
+    std::string stream(static_cast<std::size_t>(54 + 4 * entries) + imageSize, '\0');
+    put(stream, 0, 0x4D42, 2);
+    put(stream, 10, static_cast<std::uint32_t>(54 + 4 * entries));
+    put(stream, 14, 40);
+    put(stream, 18, static_cast<std::uint32_t>(width));
+    put(stream, 22, static_cast<std::uint32_t>(height));
+    put(stream, 26, 1, 2);
+    put(stream, 28, static_cast<std::uint32_t>(bitCount), 2);
+    for (int i = 0; i < entries; ++i) put(stream, static_cast<std::size_t>(54 + 4 * i), kColours[i % 5]);
+    for (std::uint32_t i = 0; i < imageSize; ++i)
+        stream[static_cast<std::size_t>(54 + 4 * entries) + i] = static_cast<char>(i + 1);
+    return stream;
+}
+
+struct Depth {
+    const char* name;
+    int width, height, bits, entries;
+    std::uint32_t imageSize;
+};
+class DepthTest : public testing::TestWithParam<Depth> {};
+
+TEST_P(DepthTest, HasItsMetricsPaletteAndStream) {
+    const Depth& row = GetParam();
+    CDib bitmap(row.width, row.height, row.bits);
+    EXPECT_EQ(bitmap.ColorTableEntries, row.entries);
+    EXPECT_EQ(bitmap.ImageSize, row.imageSize);
+    EXPECT_EQ(bitmap.Bits, nullptr);
+    EXPECT_EQ(bitmap.MakePalette(), row.entries > 0 ? 1 : 0);
+    const BITMAPINFOHEADER& header = *bitmap.InfoHeader;
+    EXPECT_EQ((std::vector<long>{header.biSize, header.biWidth, header.biHeight, header.biPlanes,
+                                 header.biBitCount, header.biCompression, header.biSizeImage,
+                                 header.biClrUsed, header.biClrImportant}),
+              (std::vector<long>{40, row.width, row.height, 1, row.bits, 0, 0, row.entries, row.entries}));
+    const bool drawable = row.imageSize > 0;
+    EXPECT_EQ(bitmap.CreateSection(nullptr) != nullptr, drawable);
+    EXPECT_EQ(bitmap.CreateSection(nullptr), nullptr) << "storage is there already";
+    if (!drawable) return;
+    EXPECT_TRUE(std::all_of(bitmap.Bits, bitmap.Bits + row.imageSize, [](int b) { return b == 0; }));
+
+    for (std::uint32_t i = 0; i < row.imageSize; ++i) bitmap.Bits[i] = static_cast<std::uint8_t>(i * 7 + 1);
+    for (int i = 0; i < row.entries; ++i) bitmap.ColorTable[i].rgbGreen = static_cast<std::uint8_t>(i);
+    const TemporaryFolder folder;
+    const std::string stream = written(bitmap, folder);
+    const std::size_t offset = static_cast<std::size_t>(54 + 4 * row.entries);
+    ASSERT_EQ(stream.size(), offset + row.imageSize);
+    std::string fileHeader("BM\0\0\0\0\0\0\0\0\0\0\0\0", 14);
+    put(fileHeader, 2, static_cast<std::uint32_t>(stream.size()));
+    put(fileHeader, 10, static_cast<std::uint32_t>(offset));
+    EXPECT_EQ(stream.substr(0, 14), fileHeader);
+
+    CDib copy;
+    ASSERT_EQ(read(copy, folder, stream), 1);
+    EXPECT_EQ(written(copy, folder), stream);
+    EXPECT_EQ(std::memcmp(copy.Bits, bitmap.Bits, row.imageSize), 0);
+}
+INSTANTIATE_TEST_SUITE_P(
+    Sized, DepthTest,
+    testing::Values(Depth{"grey", 301, 200, 8, 256, 60800}, Depth{"oneBit", 33, 3, 1, 2, 24},
+                    Depth{"fourBits", 9, 2, 4, 16, 16}, Depth{"sixteenBits", 3, 2, 16, 0, 16},
+                    Depth{"colour", 301, 2, 24, 0, 1808}, Depth{"thirtyTwoBits", 3, 2, 32, 0, 24},
+                    Depth{"topDown", 5, -4, 8, 256, 32}, Depth{"noSide", 0, 5, 8, 256, 0},
+                    Depth{"negative", -5, 5, 8, 256, 0}, Depth{"wraps32Bits", 65536, 65536, 8, 256, 0},
+                    Depth{"largest", 2147483647, 2147483647, 32, 0, 0}),
+    nameOf);
+
+// --- reading ------------------------------------------------------------------------------------------------------
+
+struct Stream {
+    const char* name;
+    std::string bytes;
+    int result;
+    int entries = 0;
+};
+class StreamTest : public testing::TestWithParam<Stream> {};
+
+std::string patched(std::string stream, std::size_t offset, std::uint32_t value, std::size_t bytes = 4) {
+    put(stream, offset, value, bytes);
+    return stream;
+}
+const std::string kGood = streamOf(5, 3, 8, 256, 24), kOneBit = streamOf(5, 3, 1, 5, 12);
+
+TEST_P(StreamTest, IsReadOrLeavesTheBitmapEmpty) {
+    const TemporaryFolder folder;
+    CDib bitmap(4, 4, 8);
+    bitmap.CreateSection(nullptr);
+    EXPECT_EQ(read(bitmap, folder, GetParam().bytes), GetParam().result);
+    if (GetParam().result == 0) {
+        EXPECT_TRUE(isEmpty(bitmap));
+        return;
+    }
+    EXPECT_EQ(bitmap.ColorTableEntries, GetParam().entries);
+    CRasterDC surface(20, 20);
+    EXPECT_EQ(bitmap.Draw(&surface, 0, 0, 20, 20, -3, -3, 20, 20, SRCCOPY), 1);
+}
+INSTANTIATE_TEST_SUITE_P(
+    Hazards, StreamTest,
+    testing::Values(
+        Stream{"good", kGood, 1, 256}, Stream{"oneBitOwnColours", streamOf(5, 3, 1, 2, 12), 1, 2},
+        Stream{"oneBitFiveColours", patched(kOneBit, 46, 5), 1, 5},
+        Stream{"topDown", patched(kGood, 22, 0xFFFFFFFDu), 1, 256},
+        Stream{"fewColours", patched(kGood, 46, 3), 1, 3},
+        Stream{"compressed", patched(kGood, 30, 1), 1, 256},
+        Stream{"wrongFileSize", patched(kGood, 2, 1), 1, 256},
+        Stream{"largerImage", patched(kGood, 34, 100), 1, 256},
+        Stream{"pixelsCut", kGood.substr(0, 1080), 1, 256}, Stream{"noPixels", kGood.substr(0, 1078), 1, 256},
+        Stream{"coloursCut", kGood.substr(0, 100), 1, 256},
+        Stream{"largestOffset", patched(kGood, 10, 65536), 1, 256}, Stream{"nothing", "", 0},
+        Stream{"shortFileHeader", kGood.substr(0, 13), 0}, Stream{"fileHeaderOnly", kGood.substr(0, 14), 0},
+        Stream{"shortInfoHeader", kGood.substr(0, 24), 0},
+        Stream{"otherType", patched(kGood, 0, 0x4D43, 2), 0}, Stream{"coreHeader", patched(kGood, 14, 12), 0},
+        Stream{"longHeader", patched(kGood, 14, 124), 0}, Stream{"offsetTooSmall", patched(kGood, 10, 53), 0},
+        Stream{"offset0", patched(kGood, 10, 0), 0}, Stream{"offsetTooLarge", patched(kGood, 10, 65537), 0},
+        Stream{"offsetHuge", patched(kGood, 10, 0xFFFFFFFFu), 0},
+        Stream{"coloursBeyondOffset", patched(kGood, 10, 54 + 4 * 255), 0},
+        Stream{"colours257", patched(patched(kGood, 46, 257), 10, 65536), 0},
+        Stream{"coloursHuge", patched(kGood, 46, 0xFFFFFFFFu), 0},
+        Stream{"coloursOf24BitsBeyondOffset", patched(streamOf(5, 3, 24, 0, 48), 46, 200), 0},
+        Stream{"threeBits", patched(kGood, 28, 3, 2), 0}, Stream{"noBits", patched(kGood, 28, 0, 2), 0},
+        Stream{"noWidth", patched(kGood, 18, 0), 0},
+        Stream{"negativeWidth", patched(kGood, 18, 0xFFFFFFFFu), 0},
+        Stream{"tooWide", patched(kGood, 18, 32768), 0}, Stream{"noHeight", patched(kGood, 22, 0), 0},
+        Stream{"smallestHeight", patched(kGood, 22, 0x80000000u), 0},
+        Stream{"tooHigh", patched(kGood, 22, 32768), 0}, Stream{"imageTooSmall", patched(kGood, 34, 23), 0},
+        Stream{"imageTooLarge", patched(kGood, 34, (256u << 20) + 1), 0}),
+    nameOf);
+
+TEST(BitmapStream, MissingPixelsAreZero) {
+    const TemporaryFolder folder;
+    CDib bitmap;
+    ASSERT_EQ(read(bitmap, folder, kGood.substr(0, 1080)), 1);
+    std::vector<std::uint8_t> expected(24);
+    expected[0] = 1;
+    expected[1] = 2;
+    EXPECT_TRUE(samePicture(expected, bitmap.Bits, 8, 3));
+}
+
+TEST(BitmapStream, FileErrorsAndNullLeaveTheBitmapEmpty) {
+    const TemporaryFolder folder;
+    CDib bitmap(4, 4, 8);
+    CFile closed;
+    EXPECT_EQ(bitmap.Read(&closed), 0);
+    EXPECT_TRUE(isEmpty(bitmap));
+    EXPECT_EQ(bitmap.Read(nullptr), 0);
+    ASSERT_EQ(read(bitmap, folder, kGood), 1);
+    EXPECT_EQ(bitmap.Write(&closed), 0);
+    EXPECT_EQ(bitmap.Write(nullptr), 0);
+    CFile full;
+    ASSERT_EQ(full.Open("/dev/full", CFile::modeWrite), 1);
+    EXPECT_EQ(bitmap.Write(&full), 0);
+    const FileSizeLimit limit(100);
+    EXPECT_EQ(written(bitmap, folder), "(failed)");
+}
+
+TEST(BitmapStream, WithoutMemoryTheBitmapIsEmpty) {
+    const TemporaryFolder folder;
+    CDib bitmap;
+    CFile file;
+    const auto prepare = [&] { file.Open(folder.file("a.bmp", kGood).c_str(), CFile::modeRead); };
+    const long refusals = refuseEachAllocation(
+        prepare, [&] { return bitmap.Read(&file); },
+        [&](int result, bool refused) {
+            EXPECT_TRUE(result == 1 || refused);  // a picture without palette can be shown
+            EXPECT_TRUE(result == 1 ? bitmap.Bits && bitmap.Bits[0] == 1 : bool(isEmpty(bitmap)));
+        });
+    EXPECT_GT(refusals, 2);
+}
+
+TEST(BitmapStream, GoesThroughAnArchive) {
+    const TemporaryFolder folder;
+    CFile file;
+    ASSERT_EQ(file.Open(folder.file("a.bmp", kGood).c_str(), CFile::modeRead), 1);
+    const std::unique_ptr<CObject> made(CDib::classCDib.CreateObject());
+    EXPECT_STREQ(made->GetRuntimeClass()->m_lpszClassName, "CDib");
+    EXPECT_EQ(made->GetRuntimeClass()->m_wSchema, 0u);
+    CArchive loading(&file, CArchive::load);
+    made->Serialize(loading);
+    CFile copy;
+    ASSERT_EQ(copy.Open((folder / "b.bmp").c_str(), CFile::modeWrite | CFile::modeCreate), 1);
+    CArchive storing(&copy, CArchive::store);
+    made->Serialize(storing);
+    EXPECT_EQ(contentOf(folder / "b.bmp"), patched(kGood, 2, static_cast<std::uint32_t>(kGood.size())));
+    CArchive nowhere(nullptr, CArchive::load);
+    made->Serialize(nowhere);
+    EXPECT_TRUE(isEmpty(static_cast<const CDib&>(*made)));
+}
+
+// --- pixels, palette, drawing -------------------------------------------------------------------------------------
+
+TEST(CreateFromPixels, TakesColoursAndOneBlockOfPixels) {
+    RecordingDC surface;
+    CDib bitmap(3, 2, 4);
+    const std::vector<std::uint32_t> colours(16, 0x00332211);
+    const std::uint8_t pixels[] = {1, 2, 3, 4, 5, 6};
+    EXPECT_EQ(bitmap.CreateFromPixels(3, 2, pixels, colours.data(), &surface), 1);
+    EXPECT_EQ(bitmap.ColorTable[15].rgbRed, 0x11);
+    EXPECT_EQ(bitmap.ColorTable[15].rgbGreen, 0x22);
+    EXPECT_EQ(bitmap.ColorTable[15].rgbBlue, 0x33);
+    EXPECT_TRUE(samePicture<std::uint8_t>({1, 2, 3, 4, 5, 6, 0, 0}, bitmap.Bits, 8, 1));
+    EXPECT_EQ(surface.paletteEntries(), 0) << "the palette before is selected again";
+    EXPECT_EQ(bitmap.CreateFromPixels(2, 1, pixels + 4, nullptr, nullptr), 1);
+    EXPECT_EQ(bitmap.ColorTable[7].rgbBlue, 7);
+    EXPECT_TRUE(samePicture<std::uint8_t>({5, 6, 3, 4, 5, 6, 0, 0}, bitmap.Bits, 8, 1));
+}
+
+TEST(CreateFromPixels, NeverCopiesBeyondTheStorage) {
+    const std::vector<std::uint8_t> pixels(100, 7);
+    CDib bitmap(3, 2, 8), empty;
+    EXPECT_EQ(bitmap.CreateFromPixels(3, 3, pixels.data(), nullptr, nullptr), 0);
+    EXPECT_EQ(bitmap.CreateFromPixels(-3, -2, pixels.data(), nullptr, nullptr), 0);
+    EXPECT_EQ(bitmap.CreateFromPixels(65536, 65536, pixels.data(), nullptr, nullptr), 0);
+    EXPECT_EQ(bitmap.CreateFromPixels(3, 2, nullptr, nullptr, nullptr), 0);
+    EXPECT_EQ(empty.CreateFromPixels(0, 0, pixels.data(), nullptr, nullptr), 0);
+    EXPECT_EQ(bitmap.CreateFromPixels(2, 4, pixels.data(), nullptr, nullptr), 1);
+    EXPECT_EQ(bitmap.CreateFromPixels(3, 3, pixels.data(), nullptr, nullptr), 0);
+}
+
+TEST(DrawBitmap, SelectsPaletteAndModeOnlyMeanwhile) {
+    RecordingDC surface;
+    surface.SetStretchBltMode(4);
+    RGBQUAD colours[3];
+    CPalette before(colours, 3);
+    surface.SelectPalette(&before, 0);
+    CDib bitmap(5, 3, 8), empty;
+    EXPECT_EQ(bitmap.Draw(&surface, 0, 0, 5, 3, 0, 0, 5, 3, SRCCOPY), 0) << "no storage";
+    EXPECT_EQ(empty.Draw(&surface, 0, 0, 5, 3, 0, 0, 5, 3, SRCCOPY), 0);
+    bitmap.CreateSection(&surface);
+    bitmap.MakePalette();
+    EXPECT_EQ(bitmap.Draw(nullptr, 0, 0, 5, 3, 0, 0, 5, 3, SRCCOPY), 0);
+    EXPECT_EQ(bitmap.Draw(&surface, 1, 2, 30, 40, 1, 0, 3, 2, SRCCOPY), 1);
+    EXPECT_EQ(surface.drawn, std::vector<std::string>{"stretch 1,2 30x40 from 1,0 3x2"});
+    EXPECT_EQ(surface.modes, std::vector<int>{3});
+    EXPECT_EQ(surface.palettes, std::vector<int>{256});
+    EXPECT_EQ(surface.stretchMode(), 4);
+    EXPECT_EQ(surface.paletteEntries(), 3);
+
+    bitmap.UsePalette(&surface, 0);
+    EXPECT_EQ(surface.paletteEntries(), 256);
+    bitmap.Empty();
+    EXPECT_EQ(surface.paletteEntries(), 0) << "a palette that is gone is not used";
+}
+
+struct Meddling {
+    const char* name;
+    void (*change)(CDib&);
+};
+class MeddlingTest : public testing::TestWithParam<Meddling> {};
+
+TEST_P(MeddlingTest, IsNoticed) {
+    const TemporaryFolder folder;
+    CDib bitmap;
+    ASSERT_EQ(read(bitmap, folder, patched(streamOf(5, 3, 8, 4, 24), 46, 4)), 1);
+    GetParam().change(bitmap);
+    CRasterDC surface(9, 9);
+    EXPECT_EQ(bitmap.Draw(&surface, 0, 0, 9, 9, 0, 0, 5, 3, SRCCOPY), 0);
+    EXPECT_EQ(written(bitmap, folder), "(failed)");
+    bitmap.Empty();
+    EXPECT_TRUE(isEmpty(bitmap));
+}
+std::uint8_t foreign[4096];
+INSTANTIATE_TEST_SUITE_P(
+    Changed, MeddlingTest,
+    testing::Values(Meddling{"width", [](CDib& b) { b.InfoHeader->biWidth = 9; }},
+                    Meddling{"negativeWidth", [](CDib& b) { b.InfoHeader->biWidth = -5; }},
+                    Meddling{"height", [](CDib& b) { b.InfoHeader->biHeight = 4; }},
+                    Meddling{"noHeight", [](CDib& b) { b.InfoHeader->biHeight = 0; }},
+                    Meddling{"bitCount", [](CDib& b) { b.InfoHeader->biBitCount = 24; }},
+                    Meddling{"headerSize", [](CDib& b) { b.InfoHeader->biSize = 12; }},
+                    Meddling{"coloursUsed", [](CDib& b) { b.InfoHeader->biClrUsed = 0; }},
+                    Meddling{"entries", [](CDib& b) { b.ColorTableEntries = 5; }},
+                    Meddling{"imageSize", [](CDib& b) { b.ImageSize = 25; }},
+                    Meddling{"smallerImage", [](CDib& b) { b.ImageSize = 23; }},
+                    Meddling{"bits", [](CDib& b) { b.Bits = foreign; }},
+                    Meddling{"noBits", [](CDib& b) { b.Bits = nullptr; }},
+                    Meddling{"header",
+                             [](CDib& b) { b.InfoHeader = reinterpret_cast<BITMAPINFOHEADER*>(foreign); }}),
+    nameOf);
+
+TEST(Bitmap, ABitCountThatIsCutTo8HasNoColoursAndIsRefused) {
+    CDib bitmap(5, 3, 0x10008);
+    bitmap.CreateSection(nullptr);
+    CRasterDC surface(9, 9);
+    EXPECT_EQ(bitmap.Draw(&surface, 0, 0, 9, 9, 0, 0, 5, 3, SRCCOPY), 0);
+}
+
+TEST(Bitmap, ColoursFollowTheHeaderOrTheBitCount) {
+    CDib bitmap(5, 3, 8);
+    bitmap.ComputeColorTableEntries(4);
+    EXPECT_EQ(bitmap.ColorTableEntries, 256) << "the header's own number comes first";
+    bitmap.InfoHeader->biClrUsed = 0;
+    for (const auto& [bits, entries] :
+         {std::pair{1, 2}, {4, 16}, {8, 256}, {7, 256}, {24, 0}, {9, 0}, {16, 0}, {32, 0}}) {
+        bitmap.ComputeColorTableEntries(bits);
+        EXPECT_EQ(bitmap.ColorTableEntries, entries) << bits << " bits";
+    }
+    bitmap.InfoHeader->biSize = 12;
+    EXPECT_THROW(bitmap.ComputeMetrics(), CDibException);
+    EXPECT_THROW(CDib().ComputeMetrics(), CDibException);
+}
+
+}  // namespace

@@ -1,0 +1,142 @@
+// Lookup tables: the worked examples, and every entry of many windows and curves against the plain version.
+#include "qvr/image/detail/displayTable.h"
+
+#include <gtest/gtest.h>
+
+#include <limits>
+#include <random>
+
+#include "qvr/image/rawImage.h"
+#include "reference/displayTable.h"
+#include "support/pictures.h"
+
+namespace {
+
+constexpr int kMin = std::numeric_limits<int>::min(), kMax = std::numeric_limits<int>::max();
+
+qvr::DisplayTable tableOf(qvr::DisplayWindow window, qvr::Curve curve) {
+    qvr::DisplayTable table;
+    table.fill(77);
+    qvr::fillDisplayTable(window, curve, table);
+    return table;
+}
+
+struct Grey {
+    const char* name;
+    int type;
+    std::vector<int> expected;  // at 1499, 1500, 2000, 2500, 2501
+};
+class GreyTest : public testing::TestWithParam<Grey> {};
+
+TEST_P(GreyTest, OfWindow1000At2000) {
+    const auto table = tableOf({1000, 2000}, {GetParam().type, 1, 5});
+    EXPECT_EQ((std::vector<int>{table[1499], table[1500], table[2000], table[2500], table[2501]}),
+              GetParam().expected);
+}
+INSTANTIATE_TEST_SUITE_P(
+    Curves, GreyTest,
+    testing::Values(Grey{"linear", 0, {0, 0, 127, 254, 255}}, Grey{"power", 1, {0, 0, 127, 255, 255}},
+                    Grey{"exponential", 2, {0, 0, 96, 255, 255}},
+                    Grey{"logarithmic", 3, {0, 0, 149, 255, 255}}, Grey{"sigmoid", 4, {0, 0, 127, 255, 255}},
+                    Grey{"five", 5, {0, 0, 127, 254, 255}}, Grey{"minusOne", -1, {0, 0, 127, 254, 255}}),
+    nameOf);
+
+TEST(DisplayTable, AWindowOfOneValueIsBlackUpToItsCentre) {
+    for (int type = 0; type <= 4; ++type)
+        for (const int width : {0, 1, -1})
+            for (const int k : {-3, 0, 1}) {
+                const auto table = tableOf({width, 700}, {type, k, 5});
+                EXPECT_EQ(table[699], 0);
+                EXPECT_EQ(table[700], 0) << "type " << type << " k " << k;
+                EXPECT_EQ(table[701], 255);
+            }
+}
+
+TEST(DisplayTable, TakesExtremeWindows) {
+    EXPECT_EQ(tableOf({16384, 8192}, {})[16383], 253) << "the widest window never reaches white";
+    const auto step = tableOf({-200, 1000}, {4, 1, 5});  // low 1100, high 900
+    EXPECT_EQ(step[1099], 0);
+    EXPECT_EQ(step[1100], 255);
+}
+
+TEST(DisplayTable, EqualsThePlainVersion) {
+    std::mt19937 random(3);
+    const auto between = [&](int low, int high) {
+        return low + static_cast<int>(random() % static_cast<unsigned>(high - low + 1));
+    };
+    struct Setting {
+        qvr::DisplayWindow window;
+        qvr::Curve curve;
+    };
+    std::vector<Setting> settings;
+    for (int i = 0; i < 150; ++i)
+        settings.push_back({{between(-50, 20000), between(-3000, 18000)},
+                            {between(-1, 5), between(-4, 9), between(-3, 15)}});
+    for (int type = 0; type <= 4; ++type)
+        for (const int k : {kMin, -800, -1, 0, 2, 800, kMax})
+            for (const int center : {4000, kMin, kMax})
+                for (const int width : {3000, kMin, kMax})
+                    settings.push_back({{width, center}, {type, k, k}});
+
+    for (const auto& [window, curve] : settings) {
+        const auto describe = [&w = window, &c = curve](long i) {
+            return "window " + std::to_string(w.width) + '/' + std::to_string(w.center) + " type " +
+                   std::to_string(c.type) + " k " + std::to_string(c.k) + " c " + std::to_string(c.c) +
+                   " entry " + std::to_string(i);
+        };
+        const auto table = tableOf(window, curve);
+        std::array<std::uint8_t, qvr::kTable12Bits> table12;
+        qvr::fillDisplayTable(window, curve, table12);
+        const auto plain =
+            reference::Table::ofWindow(window.width, window.center, curve.type, curve.k, curve.c, 14);
+        const auto plain12 =
+            reference::Table::ofWindow(window.width, window.center, curve.type, curve.k, curve.c, 12);
+        for (long i = 0; i < 16384; ++i)
+            ASSERT_EQ(table[static_cast<std::size_t>(i)], plain(i)) << describe(i);
+        for (long i = 0; i < 4096; ++i)
+            ASSERT_EQ(table12[static_cast<std::size_t>(i)], plain12(i)) << describe(i) << " of 12 bits";
+    }
+}
+
+TEST(Create8BitsLUT, EqualsThePlainVersion) {
+    for (int type = -1; type <= 5; ++type)
+        for (const int k : {kMin, -2, -1, 0, 1, 3, 700, kMax})
+            for (const auto& [low, high] : {std::pair{1500, 2500},
+                                            {0, 16383},
+                                            {700, 700},
+                                            {-50, 90},
+                                            {900, 800},
+                                            {kMin, kMax},
+                                            {16000, kMax}})
+                for (const int size : {1, 300, 4096, 16384, 70000}) {
+                    std::vector<std::uint8_t> table(static_cast<std::size_t>(size) + 1, 77);
+                    ASSERT_EQ(rawImage::Create8BitsLUT(type, low, high, k, 5, size, table.data()), 1);
+                    const reference::Table plain{low, high, type, k, 5, 0, size};
+                    for (int i = 0; i < size; ++i)
+                        ASSERT_EQ(table[static_cast<std::size_t>(i)], plain(i))
+                            << "type " << type << " k " << k << " bounds " << low << ' ' << high << " size "
+                            << size << " entry " << i;
+                    ASSERT_EQ(table.back(), 77) << "behind the table";
+                }
+}
+
+TEST(Create8BitsLUT, HasItsOwnFactors) {
+    std::vector<std::uint8_t> table(16384, 77);
+    const auto lut = [&](int type, int size) {
+        rawImage::Create8BitsLUT(type, 1500, 2500, 1, 5, size, table.data());
+    };
+    lut(0, 0);
+    lut(0, kMin);
+    EXPECT_EQ(table, std::vector<std::uint8_t>(16384, 77));
+    EXPECT_EQ(rawImage::Create8BitsLUT(0, 0, 9, 1, 5, 16384, nullptr), 1);
+    lut(0, 16384);
+    const auto display = tableOf({1000, 2000}, {});
+    EXPECT_TRUE(std::equal(table.begin(), table.end(), display.begin()));
+    lut(0, 4096);
+    EXPECT_EQ(table[2500], 63);
+    lut(4, 16384);
+    EXPECT_EQ(table[1500], 96);   // 255 / (1 + e^0.5)
+    EXPECT_EQ(table[2500], 158);  // 255 / (1 + e^-0.499)
+}
+
+}  // namespace

@@ -1,0 +1,353 @@
+// Export: what the target holds afterwards, what is gone, and what every failure leaves: old content and no stray file.
+#include <gtest/gtest.h>
+#include <sys/stat.h>
+
+#include <cmath>
+#include <filesystem>
+#include <set>
+
+#include "qvr/image/rawImage.h"
+#include "qvr/marks/detail/burnIn.h"
+#include "qvr/platform/CRasterDC.h"
+#include "support/fileSizeLimit.h"
+#include "support/pictures.h"
+#include "support/recordingDC.h"
+#include "support/refuseAllocation.h"
+#include "support/temporaryFolder.h"
+
+namespace {
+
+namespace fs = std::filesystem;
+constexpr int kWidth = 203, kHeight = 101;
+constexpr RECT kRect{0, 0, kWidth, kHeight};
+using Pixels = std::vector<std::uint16_t>;
+
+class ExportTest : public testing::Test {
+protected:
+    // A new image with a raw copy of its pixels, and then other pixels of the same size.
+    void acquire() {
+        auto record = newRecord(kWidth, kHeight, m_acquired);
+        ASSERT_EQ(m_image.Create(&record), 1);
+        ASSERT_EQ(m_image.CreateBAKFile("1.2.3", m_folder.path().c_str()), 1);
+        ASSERT_EQ(m_image.ValidateFile(), 1);
+        ASSERT_EQ(m_image.Update(kWidth, kHeight, m_pixels.data(), 14, 13, 400, 300), 1);
+        ASSERT_EQ(m_image.BuildDisplayImage(&kRect, nullptr, 1), 1);
+        m_raw = m_image.GetBAKFilePath();
+        m_own = m_image.GetFilePath();
+    }
+    void open(bool resident) {
+        auto record = newRecord(kWidth, kHeight, m_pixels);
+        record.Mode = 1;
+        record.PixelData = nullptr;
+        record.FilePath = (m_own = m_folder.file("image.raw", m_acquired)).c_str();
+        record.BAKFilePath = (m_raw = m_folder.file("copy.raw", m_acquired)).c_str();
+        record.WorkFilePath = (m_folder / "work.raw").c_str();
+        ASSERT_EQ(m_image.Open(&record), 1);
+        ASSERT_EQ(m_image.ReadInRAM(), 1);
+        ASSERT_EQ(m_image.Update(kWidth, kHeight, m_pixels.data(), 14, 13, 400, 300), 1);
+        ASSERT_TRUE(resident || m_image.WriteToHDD() == 1);
+    }
+    void addMarks() {
+        ASSERT_EQ(m_image.AddMark("L", &kRect, &m_surface) + m_image.AddMark("R", &kRect, &m_surface), 2);
+    }
+    // The pixels with both marks burned in, one by one.
+    Pixels marked() {
+        Pixels pixels = m_pixels;
+        for (int i = 0; i < m_image.GetMarkCount(); ++i) {
+            CMark mark;
+            m_image.GetMark(i, mark);
+            EXPECT_EQ(
+                qvr::BurnInMark(kWidth, kHeight, pixels.data(), 14, &mark, m_image.GetYRatio(), &m_surface),
+                1);
+        }
+        return pixels;
+    }
+    // Every file of the folder, by name, so that a stray one is seen.
+    std::set<std::string> files() const {
+        std::set<std::string> names;
+        for (const auto& entry : fs::recursive_directory_iterator(m_folder.path()))
+            if (!entry.is_directory())
+                names.insert(entry.path().lexically_relative(m_folder.path()).string());
+        return names;
+    }
+    testing::AssertionResult ownPixelsStay() {
+        return samePicture(m_pixels, m_image.GetPixelData(), kWidth, kHeight);
+    }
+    using Names = std::set<std::string>;
+
+    TemporaryFolder m_folder;
+    CRasterDC m_surface{kWidth, kHeight};
+    const Pixels m_acquired = ramp(kWidth, kHeight), m_pixels = ramp(kWidth, kHeight, 4321);
+    rawImage m_image;
+    std::string m_raw, m_own;
+};
+
+const std::string kRaw = "Cache/R.1.2.3.raw", kOwn = "Cache/I.1.2.3.raw";
+
+// --- a new image --------------------------------------------------------------------------------------------------
+
+TEST_F(ExportTest, MarksAreBurnedIntoTheFileOnly) {
+    for (const bool resident : {true, false}) {
+        acquire();
+        m_image.DeleteAllMark();
+        addMarks();
+        ASSERT_TRUE(resident || m_image.WriteToHDD() == 1);
+        const Pixels expected = marked();
+        ASSERT_GT(std::count(expected.begin(), expected.end(), 16383), 200);
+        const std::string target = m_folder / "out.raw";
+        EXPECT_EQ(m_image.WriteFileForPRES(target.c_str(), &m_surface), 1);
+        EXPECT_EQ(pixelsOf(target), expected);
+        EXPECT_EQ(m_image.GetFilePath(), target);
+        EXPECT_EQ(files(), (Names{kRaw, "out.raw"}));  // the image file is gone, where there was one
+        EXPECT_EQ(m_image.GetMarkCount(), 2);
+        EXPECT_TRUE(!resident || ownPixelsStay());
+        // A second export, to the image's own file, which has the marks burned in when it was not resident.
+        EXPECT_EQ(m_image.WriteFileForPRES(target.c_str(), &m_surface), 1);
+        EXPECT_EQ(pixelsOf(target), expected);
+        EXPECT_EQ(files(), (Names{kRaw, "out.raw"}));
+    }
+}
+
+TEST_F(ExportTest, TheRawCopyMovesToItsTarget) {
+    acquire();
+    const std::string first = m_folder.file("first.raw", std::string("older")),
+                      second = m_folder / "second.raw";
+    EXPECT_EQ(m_image.WriteFileForPROC(first.c_str()), 1);
+    EXPECT_EQ(pixelsOf(first), m_acquired);
+    EXPECT_EQ(m_image.GetBAKFilePath(), first);
+    EXPECT_EQ(m_image.WriteFileForPROC(second.c_str()), 1);
+    EXPECT_EQ(pixelsOf(second), m_acquired);
+    EXPECT_EQ(m_image.GetBAKFilePath(), second);
+    EXPECT_EQ(files(), Names{"second.raw"});
+    EXPECT_EQ(m_image.ValidateFile(), 1);
+    fs::remove(second);
+    EXPECT_EQ(m_image.WriteFileForPROC(first.c_str()), 0);
+    EXPECT_EQ(m_image.GetBAKFilePath(), second);
+    EXPECT_EQ(files(), Names{});
+}
+
+// How a target is spelled that means a file which is there already.
+struct Spelling {
+    const char* name;
+    std::string (*path)(const TemporaryFolder&, const std::string& file);
+};
+class SpellingTest : public ExportTest, public testing::WithParamInterface<Spelling> {
+protected:
+    std::string spelled(const std::string& file) { return GetParam().path(m_folder, file); }
+};
+INSTANTIATE_TEST_SUITE_P(
+    Targets, SpellingTest,
+    testing::Values(Spelling{"same", [](const TemporaryFolder&, const std::string& file) { return file; }},
+                    Spelling{"otherSpelling",
+                             [](const TemporaryFolder& folder, const std::string& file) {
+                                 return folder / ("Cache/../Cache/./" + fs::path(file).filename().string());
+                             }},
+                    Spelling{"symbolicLink",
+                             [](const TemporaryFolder& folder, const std::string& file) {
+                                 fs::create_symlink(file, folder / "link.raw");
+                                 return folder / "link.raw";
+                             }},
+                    Spelling{"hardLink",
+                             [](const TemporaryFolder& folder, const std::string& file) {
+                                 fs::create_hard_link(file, folder / "link.raw");
+                                 return folder / "link.raw";
+                             }}),
+    nameOf);
+
+TEST_P(SpellingTest, TheRawCopyIsNoTarget) {
+    acquire();
+    const std::string target = spelled(m_raw);
+    const Names before = files();
+    EXPECT_EQ(m_image.WriteFileForPROC(target.c_str()), 0);
+    EXPECT_EQ(m_image.WriteFileForPRES(target.c_str(), &m_surface), 0);
+    EXPECT_EQ(pixelsOf(m_raw), m_acquired);
+    EXPECT_EQ(files(), before);
+    EXPECT_EQ(m_image.GetBAKFilePath(), m_raw);
+    EXPECT_EQ(m_image.GetFilePath(), m_own);
+}
+
+TEST_P(SpellingTest, TheImageFileMayBeReplaced) {
+    acquire();
+    addMarks();
+    ASSERT_EQ(m_image.WriteToHDD(), 1);
+    const std::string target = spelled(m_own);
+    EXPECT_EQ(m_image.WriteFileForPROC(target.c_str()), 0);  // the current pixels would be lost
+    EXPECT_EQ(pixelsOf(m_own), m_pixels);
+    const Pixels expected = marked();
+    EXPECT_EQ(m_image.WriteFileForPRES(target.c_str(), &m_surface), 1);
+    EXPECT_EQ(pixelsOf(target), expected);
+    EXPECT_EQ(m_image.GetFilePath(), target);
+    const std::string name = GetParam().name;
+    EXPECT_EQ(fs::is_symlink(target), name == "symbolicLink");  // a link stays one
+    Names left{kRaw, fs::path(target).lexically_normal().lexically_relative(m_folder.path()).string()};
+    if (name == "symbolicLink") left.insert(kOwn);
+    EXPECT_EQ(files(), left);
+    EXPECT_EQ(m_image.ReadInRAM(), 1);
+    EXPECT_TRUE(samePicture(expected, m_image.GetPixelData(), kWidth, kHeight));
+}
+
+TEST_F(ExportTest, BadTargetsChangeNothing) {
+    acquire();
+    addMarks();
+    const std::string folder = m_folder / "folder", pipe = m_folder / "pipe";
+    fs::create_directory(folder);
+    ASSERT_EQ(::mkfifo(pipe.c_str(), 0600), 0);
+    const std::string missing = m_folder / "no/such/out.raw", below = m_raw + "/out.raw";
+    const Names before = files();
+    for (const char* target : {static_cast<const char*>(nullptr), "", folder.c_str(), pipe.c_str(),
+                               missing.c_str(), below.c_str()}) {
+        EXPECT_EQ(m_image.WriteFileForPRES(target, &m_surface), 0) << (target ? target : "null");
+        EXPECT_EQ(m_image.WriteFileForPROC(target), 0) << (target ? target : "null");
+    }
+    EXPECT_EQ(files(), before);
+    EXPECT_TRUE(fs::is_fifo(pipe));
+    EXPECT_EQ(pixelsOf(m_raw), m_acquired);
+    EXPECT_EQ(m_image.GetFilePath(), m_own);
+    EXPECT_TRUE(ownPixelsStay());
+}
+
+TEST_F(ExportTest, AFullDiskLeavesTheOldContent) {
+    acquire();
+    addMarks();
+    const std::string target = m_folder.file("out.raw", std::string("older"));
+    const Names before = files();
+    for (const std::size_t bytes : {0u, 1000u, kWidth * kHeight * 2u - 1}) {
+        const FileSizeLimit limit(bytes);
+        EXPECT_EQ(m_image.WriteFileForPRES(target.c_str(), &m_surface), 0);
+        EXPECT_EQ(m_image.WriteFileForPROC(target.c_str()), 0);
+    }
+    EXPECT_EQ(contentOf(target), "older");
+    EXPECT_EQ(files(), before);
+    EXPECT_EQ(m_image.GetFilePath(), m_own);
+    EXPECT_EQ(m_image.GetBAKFilePath(), m_raw);
+    EXPECT_EQ(m_image.WriteFileForPRES(target.c_str(), &m_surface), 1);
+}
+
+TEST_F(ExportTest, AMarkThatCannotBeBurnedWritesNothing) {
+    acquire();
+    addMarks();
+    const std::string target = m_folder.file("out.raw", std::string("older"));
+    const Names before = files();
+    const auto refused = [&](CDC* surface) {
+        EXPECT_EQ(m_image.WriteFileForPRES(target.c_str(), surface), 0);
+        EXPECT_EQ(contentOf(target), "older");
+        EXPECT_EQ(files(), before);
+    };
+    refused(nullptr);
+    for (const float ratio : {0.0f, NAN, -1.0f}) m_image.SetYRatio(ratio), refused(&m_surface);
+    m_image.SetYRatio(1);
+    class Throwing : public RecordingDC {
+        std::unique_ptr<CRasterDC> CreateCompatibleRaster(int, int) override {
+            throw std::runtime_error("surface");
+        }
+    } throwing;
+    refused(&throwing);
+    ASSERT_EQ(m_image.Update(kWidth, kHeight, m_pixels.data(), 13, 12, 400, 300), 1);
+    refused(&m_surface);
+    m_image.DeleteAllMark();  // without marks every depth goes
+    EXPECT_EQ(m_image.WriteFileForPRES(target.c_str(), nullptr), 1);
+    EXPECT_EQ(pixelsOf(target), m_pixels);
+}
+
+TEST_F(ExportTest, ASurfaceMayChangeTheImageMeanwhile) {
+    acquire();
+    addMarks();
+    const Pixels expected = marked();
+    class Changing : public RecordingDC {
+    public:
+        rawImage* image = nullptr;
+
+    private:
+        std::unique_ptr<CRasterDC> CreateCompatibleRaster(int width, int height) override {
+            const Pixels larger = ramp(2 * kWidth, 3 * kHeight);
+            const float ratio = image->GetYRatio();
+            image->Update(2 * kWidth, 3 * kHeight, larger.data(), 14, 13, 400, 300);
+            image->SetYRatio(ratio);
+            return CDC::CreateCompatibleRaster(width, height);
+        }
+    } changing;
+    changing.image = &m_image;
+    const std::string target = m_folder / "out.raw";
+    EXPECT_EQ(m_image.WriteFileForPRES(target.c_str(), &changing), 1);
+    EXPECT_EQ(pixelsOf(target), expected);
+}
+
+TEST_F(ExportTest, UnreadablePixelsWriteNothing) {
+    acquire();
+    ASSERT_EQ(m_image.WriteToHDD(), 1);
+    fs::resize_file(m_own, kWidth * kHeight * 2 - 1);
+    const Names before = files();
+    EXPECT_EQ(m_image.WriteFileForPRES((m_folder / "out.raw").c_str(), &m_surface), 0);
+    EXPECT_EQ(files(), before);
+    EXPECT_EQ(m_image.GetFilePath(), m_own);
+}
+
+TEST_F(ExportTest, WithoutMemoryTheImageKeepsItsFiles) {
+    acquire();
+    const std::string target = m_folder / "out.raw";
+    for (const bool raw : {true, false}) {
+        const std::string before = raw ? m_raw : m_own;
+        const long refusals = refuseEachAllocation(
+            [&] { m_folder.file("out.raw", std::string("older")); },
+            [&] {
+                return raw ? m_image.WriteFileForPROC(target.c_str())
+                           : m_image.WriteFileForPRES(target.c_str(), nullptr);
+            },
+            [&](int done, bool) {
+                EXPECT_EQ(raw ? m_image.GetBAKFilePath() : m_image.GetFilePath(), done ? target : before);
+                // The old content or the new one, never a part.
+                const bool whole = pixelsOf(target) == (raw ? m_acquired : m_pixels);
+                EXPECT_TRUE(whole || (!done && contentOf(target) == "older"));
+                ASSERT_LE(files().size(), 2u);
+            });
+        EXPECT_GE(refusals, 2);
+        ASSERT_TRUE(!raw || m_image.WriteFileForPROC((m_folder / "raw.raw").c_str()) == 1);
+    }
+}
+
+// --- an opened image ----------------------------------------------------------------------------------------------
+
+TEST_F(ExportTest, AnOpenedImageCommitsItsPixelsWithoutMarks) {
+    for (const bool resident : {true, false}) {
+        fs::remove(m_folder / "work.raw");
+        open(resident);
+        m_image.DeleteAllMark();
+        if (resident) {
+            ASSERT_EQ(m_image.BuildDisplayImage(&kRect, nullptr, 1), 1);
+            addMarks();
+        }
+        const Names before = files();
+        EXPECT_EQ(m_image.WriteFileForPROC((m_folder / "out.raw").c_str()), 0);
+        EXPECT_EQ(m_image.WriteFileForPRES(nullptr, nullptr), 1);
+        EXPECT_EQ(pixelsOf(m_own), m_pixels);
+        EXPECT_EQ(pixelsOf(m_raw), m_acquired);
+        EXPECT_EQ(m_image.GetFilePath(), m_own);
+        EXPECT_EQ(files(), before);  // the work file stays where there is one
+    }
+}
+
+TEST_F(ExportTest, AFailedCommitLeavesTheImageFile) {
+    for (const bool resident : {true, false}) {
+        fs::remove(m_folder / "work.raw");
+        open(resident);
+        const Names before = files();
+        {
+            const FileSizeLimit limit(1000);
+            EXPECT_EQ(m_image.WriteFileForPRES(nullptr, nullptr), 0);
+        }
+        EXPECT_EQ(pixelsOf(m_own), m_acquired);
+        EXPECT_EQ(files(), before);
+        if (resident) continue;
+        fs::remove(m_folder / "work.raw");
+        EXPECT_EQ(m_image.WriteFileForPRES(nullptr, nullptr), 0);
+        EXPECT_EQ(pixelsOf(m_own), m_acquired);
+    }
+}
+
+TEST_F(ExportTest, AnImageThatIsNeitherNewNorOpenedExportsNothing) {
+    EXPECT_EQ(m_image.WriteFileForPRES((m_folder / "a.raw").c_str(), &m_surface), 0);
+    EXPECT_EQ(m_image.WriteFileForPROC((m_folder / "a.raw").c_str()), 0);
+    EXPECT_EQ(files(), Names{});
+}
+
+}  // namespace

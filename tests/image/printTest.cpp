@@ -1,0 +1,118 @@
+// Print bitmaps: a region through the table of its depth; regions that leave the source are refused.
+#include <gtest/gtest.h>
+
+#include <limits>
+
+#include "qvr/image/detail/bitmapRows.h"
+#include "qvr/image/rawImage.h"
+#include "reference/displayTable.h"
+#include "support/pictures.h"
+
+namespace {
+
+constexpr int kLow = std::numeric_limits<int>::min(), kHigh = std::numeric_limits<int>::max();
+using Print = int (*)(int, int, const std::uint16_t*, int, int, int, int, int, int, int, CDib*);
+
+struct Depth {
+    const char* name;
+    Print print;
+    int bits, largest;
+};
+class PrintTest : public testing::TestWithParam<Depth> {
+protected:
+    // A row of values, printed as a bitmap of one row.
+    std::vector<int> printed(const std::vector<std::uint16_t>& values, int width, int center, int type = 0,
+                             int k = 1, int c = 5) {
+        const int count = static_cast<int>(values.size());
+        const auto bitmap = qvr::makeGreyBitmap(count, 1, nullptr);
+        EXPECT_EQ(GetParam().print(count, 1, values.data(), 0, 0, width, center, type, k, c, bitmap.get()),
+                  1);
+        return {bitmap->Bits, bitmap->Bits + count};
+    }
+};
+INSTANTIATE_TEST_SUITE_P(Depths, PrintTest,
+                         testing::Values(Depth{"bits14", rawImage::CreatePrintImage14Bits, 14, 16383},
+                                         Depth{"bits12", rawImage::CreatePrintImage12Bits, 12, 4095}),
+                         nameOf);
+
+TEST_P(PrintTest, EveryValueOfEveryCurveEqualsTheReference) {
+    std::vector<std::uint16_t> all(65536);
+    for (std::size_t v = 0; v < all.size(); ++v) all[v] = static_cast<std::uint16_t>(v);
+    const auto [name, print, bits, largest] = GetParam();
+    for (const auto& [width, center] :
+         {std::pair(largest + 1, (largest + 1) / 2), std::pair(500, 1000), std::pair(1, 77)})
+        for (int type = 0; type <= 5; ++type) {
+            const auto table = reference::Table::ofWindow(width, center, type, 3, 4, bits);
+            const auto found = printed(all, width, center, type, 3, 4);
+            for (int v = 0; v < 65536; ++v)
+                ASSERT_EQ(found[static_cast<std::size_t>(v)], table(std::min(v, largest)))
+                    << "value " << v << ", curve " << type << ", window " << width << '/' << center;
+        }
+}
+
+TEST_P(PrintTest, TakesItsRegionRowByRow) {
+    const auto pixels = ramp(1000, 90);
+    for (const auto& [width, height] :
+         {std::pair(100, 50), std::pair(99, 50), std::pair(1, 1), std::pair(990, 70)}) {
+        const auto bitmap = qvr::makeGreyBitmap(width, height, nullptr);
+        ASSERT_EQ(GetParam().print(1000, 90, pixels.data(), 10, 20, 700, 9000 % (GetParam().largest + 1), 0,
+                                   1, 5, bitmap.get()),
+                  1);
+        const auto table =
+            reference::Table::ofWindow(700, 9000 % (GetParam().largest + 1), 0, 1, 5, GetParam().bits);
+        const auto rows = qvr::rowsOf(bitmap.get());
+        for (int r = 0; r < height; ++r) {
+            for (int c = 0; c < width; ++c) {
+                const int v = pixels[static_cast<std::size_t>((20 + r) * 1000 + 10 + c)];
+                ASSERT_EQ(rows.row(r)[c], table(std::min(v, GetParam().largest))) << c << ", " << r;
+            }
+            for (std::size_t c = static_cast<std::size_t>(width); c < rows.stride; ++c)
+                ASSERT_EQ(rows.row(r)[c], 0) << "padding";
+        }
+    }
+}
+
+TEST_P(PrintTest, RefusesWhatItCannotFill) {
+    const auto pixels = ramp(40, 30);
+    const auto bitmap = qvr::makeGreyBitmap(20, 10, nullptr);
+    std::fill_n(bitmap->Bits, 200, std::uint8_t{99});
+    CDib empty, headerOnly(20, 10, 8), colour(20, 10, 24);
+    colour.CreateSection(nullptr);
+    const auto print = [&](int width, int height, int column, int row, CDib* target) {
+        return GetParam().print(width, height, pixels.data(), column, row, 100, 100, 0, 1, 5, target);
+    };
+    EXPECT_EQ(print(40, 30, 21, 0, bitmap.get()), 0);
+    EXPECT_EQ(print(40, 30, 0, 21, bitmap.get()), 0);
+    EXPECT_EQ(print(40, 30, -1, 0, bitmap.get()), 0);
+    EXPECT_EQ(print(40, 30, 0, -1, bitmap.get()), 0);
+    EXPECT_EQ(print(40, 30, kHigh, kHigh, bitmap.get()), 0);
+    EXPECT_EQ(print(40, 30, kLow, kLow, bitmap.get()), 0);
+    EXPECT_EQ(print(19, 30, 0, 0, bitmap.get()), 0);
+    EXPECT_EQ(print(-40, 30, 0, 0, bitmap.get()), 0);
+    EXPECT_EQ(print(40, 30, 0, 0, nullptr), 0);
+    EXPECT_EQ(print(40, 30, 0, 0, &empty), 0);
+    EXPECT_EQ(print(40, 30, 0, 0, &headerOnly), 0);
+    EXPECT_EQ(print(40, 30, 0, 0, &colour), 0);
+    EXPECT_EQ(GetParam().print(40, 30, nullptr, 0, 0, 100, 100, 0, 1, 5, bitmap.get()), 0);
+    EXPECT_EQ(std::count(bitmap->Bits, bitmap->Bits + 200, 99), 200);
+    EXPECT_EQ(print(40, 30, 20, 20, bitmap.get()), 1);  // up to the last column and row
+    std::fill_n(bitmap->Bits, 200, std::uint8_t{99});
+    EXPECT_EQ(print(40, 0, 20, 20, bitmap.get()), 1);  // the height is not given
+    EXPECT_EQ(std::count(bitmap->Bits, bitmap->Bits + 200, 99), 0);
+}
+
+TEST(Print, ExamplesWorkedOutByHand) {
+    std::uint16_t value = 4095;
+    const auto bitmap = qvr::makeGreyBitmap(1, 1, nullptr);
+    // 1044480 / 4097 = 254; (254 * 4095) >> 12 = 253
+    EXPECT_EQ(rawImage::CreatePrintImage12Bits(1, 1, &value, 0, 0, 4096, 2048, 0, 1, 5, bitmap.get()), 1);
+    EXPECT_EQ(bitmap->Bits[0], 253);
+    value = 20000;  // as 4095
+    EXPECT_EQ(rawImage::CreatePrintImage12Bits(1, 1, &value, 0, 0, 4096, 2048, 0, 1, 5, bitmap.get()), 1);
+    EXPECT_EQ(bitmap->Bits[0], 253);
+    // As 16383: 4177920 / 16385 = 254; (254 * 16383) >> 14 = 253
+    EXPECT_EQ(rawImage::CreatePrintImage14Bits(1, 1, &value, 0, 0, 16384, 8192, 0, 1, 5, bitmap.get()), 1);
+    EXPECT_EQ(bitmap->Bits[0], 253);
+}
+
+}  // namespace
