@@ -1,0 +1,165 @@
+// No memory, at each allocation in turn: nothing crashes, resident pixels stay, and no record is half taken.
+#include <functional>
+#include <string_view>
+
+#include "examination.h"
+#include "listed.h"
+#include "support/refuseAllocation.h"
+
+namespace {
+
+// Longer than what a string holds without memory.
+constexpr const char* kText = "a text that is long enough to be allocated";
+
+class MemoryTest : public ExaminationTest {
+protected:
+    QVR_ST_IMAGE longRecord(int n) {
+        QVR_ST_IMAGE record = imageRecord(n);
+        record.PatientOrientation = record.ImageLaterality = kText;
+        return record;
+    }
+};
+
+TEST_F(MemoryTest, AnAcquisitionLosesNoPixels) {
+    std::vector<dcmSeries*> all;
+    int n = 0;
+    QVR_ST_IMAGE record;
+    const long runs = refuseEachAllocation(
+        [&] {
+            all.push_back(plan());
+            record = longRecord(++n);
+        },
+        [&] {
+            return m_exam.CreateImage(0, n - 1, &record, m_folder.path().c_str(), &kScreen, &m_surface) ? 1
+                                                                                                        : 0;
+        },
+        [&](int created, bool refused) {
+            dcmSeries* const series = all.back();
+            EXPECT_TRUE(created || refused);
+            EXPECT_EQ(created != 0, series->GetThumb() != nullptr);  // made in full is counted
+            EXPECT_EQ(created != 0, m_exam.GetSeriesInRAMCount() > 0 && counted().back() == series);
+            if (created) {
+                EXPECT_TRUE(resident(series, n));
+            }
+            for (int i = 1; i <= n; ++i) {  // those of before: in memory, written out, or never taken
+                const dcmSeries* const other = all[static_cast<std::size_t>(i - 1)];
+                if (!raw(other)) continue;
+                if (other->IsImageInRAM()) {
+                    EXPECT_TRUE(resident(other, i));
+                } else if (std::filesystem::exists(rawCopy(i))) {
+                    EXPECT_TRUE(writtenOut(other, i));
+                }
+            }
+        });
+    EXPECT_GT(runs, 10);
+}
+
+// With a short and then a long text in the given fields, all texts are the old ones or all are the new ones.
+template <class Record, class Create, class Texts>
+void expectWhole(std::initializer_list<CString Record::*> fields, Create&& create, Texts&& texts) {
+    Record before, after;
+    for (const auto field : fields) before.*field = "old", after.*field = kText;
+    const long runs = refuseEachAllocation([&] { create(before); }, [&] { return create(after); },
+                                           [&](int created, bool refused) {
+                                               EXPECT_EQ(created != 0, !refused);
+                                               for (const std::string& text : texts())
+                                                   EXPECT_EQ(text, created ? kText : "old");
+                                           });
+    EXPECT_GE(runs, 2);
+}
+
+TEST_F(MemoryTest, RecordsAreTakenWholeOrNotAtAll) {
+    using Texts = std::vector<std::string>;
+    using Study = QVR_ST_STUDY;
+    using Series = QVR_ST_SERIES;
+    using Protocol = QVR_ST_PROTOCOL;
+    dcmStudy s;
+    expectWhole<Study>(
+        {&Study::StudyInstanceUID, &Study::PatientFamilyName, &Study::OtherPatientGivenName},
+        [&](const Study& record) { return s.Create(&record, dcmStudy::CR); },
+        [&] {
+            return Texts{s.GetStudyInstanceUID(), s.GetPatientName(), s.GetOtherPatientName()};
+        });
+    dcmDXSeries x;
+    expectWhole<Series>(
+        {&Series::Modality, &Series::PerformingPhysicianFamilyName, &Series::OperatorGivenName,
+         &Series::PresentationIntentType},
+        [&](const Series& record) { return x.Create(&record); },
+        [&] {
+            return Texts{x.GetModality(), x.GetPerformingPhysicianName(), x.GetOperatorName(),
+                         x.GetPresentationIntentType()};
+        });
+    expectWhole<Protocol>(
+        {&Protocol::RelatedCodeValue, &Protocol::ThumbFilePath},
+        [&](const Protocol& record) { return x.CreateProtocol(&record); },
+        [&] {
+            return Texts{x.GetProtocol()->GetRelatedCodeValue(), x.GetProtocol()->GetThumbFilePath()};
+        });
+    dcmWorklist w;
+    expectWhole<QVR_ST_WORKLIST>(
+        {&QVR_ST_WORKLIST::SPSAETitle, &QVR_ST_WORKLIST::PatientName},
+        [&](const QVR_ST_WORKLIST& record) { return w.Create(&record); },
+        [&] {
+            return Texts{w.GetSPSAETitle(), w.GetPatientName()};
+        });
+}
+
+TEST_F(MemoryTest, ListsGrowByWholeObjects) {
+    const QVR_ST_STUDY study{.StudyInstanceUID = kText};
+    const QVR_ST_SERIES series{.Modality = kText};
+    const QVR_ST_WORKLIST entry{.PatientName = kText};
+    dcmWorklist codes;
+    int before = 0;
+    const auto count = [&] {
+        return m_exam.GetStudyCount() + m_study->GetSeriesCount() + m_exam.GetWorklistCount() +
+               codes.GetSPSCodeCount();
+    };
+    const std::function<int()> operations[] = {
+        [&] { return m_exam.CreateStudy(&study, dcmStudy::CR) ? 1 : 0; },
+        [&] { return m_exam.CreateSeries(0, &series) ? 1 : 0; },
+        [&] { return m_exam.CreateWorklist(&entry) ? 1 : 0; },
+        [&] {
+            codes.AddSPSCode(kText, kText, kText, kText);
+            return count() - before;
+        },
+    };
+    for (const auto& operation : operations) {
+        before = count();
+        const long runs = refuseEachAllocation([] {}, operation,
+                                               [&](int created, bool refused) {
+                                                   EXPECT_EQ(created != 0, !refused);
+                                                   EXPECT_EQ(count(), before + created);
+                                               });
+        EXPECT_GE(runs, 2);
+    }
+    dcmCode out;
+    EXPECT_EQ(codes.GetSPSCode(0, out), 1);
+    EXPECT_STREQ(out.GetCodingSchemeVersion(), kText);
+}
+
+TEST_F(MemoryTest, ValuesKeepWhatTheyHeld) {
+    dcmPersonName name;
+    dcmCode code;
+    const dcmPersonName longName(kText, "", "", "", "");
+    const dcmCode longCode(kText, kText, kText, kText);
+    refuseEachAllocation(
+        [&] {
+            name.SetPersonName("old", "", "", "", "");
+            code = dcmCode("old", "old", "old", "old");
+        },
+        [&] {
+            name.SetPersonName(kText, kText, kText, kText, kText);
+            code = longCode;
+            return name.GetPersonName() != std::string_view("old");
+        },
+        [&](int changed, bool refused) {
+            EXPECT_TRUE(changed || refused);
+            EXPECT_STREQ(code.GetCodingSchemeVersion(), refused ? "old" : kText);
+            EXPECT_STREQ(code.GetCodeValue(), code.GetCodingSchemeVersion());
+        });
+    const RefuseAllocation refusal(0);
+    EXPECT_STREQ(dcmPersonName(longName).GetPersonName(), "");
+    EXPECT_EQ(dcmDXImage().GetBitsAllocated() + dcmWorklist().GetStatus(), 15);  // made without memory
+}
+
+}  // namespace

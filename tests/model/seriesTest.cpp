@@ -1,0 +1,304 @@
+// Series: the image's coming and going, and the protocol's picture. What a failed step leaves is what counts here.
+#include <functional>
+
+#include "examination.h"
+#include "listed.h"
+#include "reducedPictures.h"
+#include "support/fileSizeLimit.h"
+
+namespace {
+
+namespace fs = std::filesystem;
+
+class SeriesTest : public ExaminationTest {
+protected:
+    int create(const QVR_ST_IMAGE& record) {
+        return m_series->CreateImage(&record, m_folder.path().c_str(), &kScreen, &m_surface);
+    }
+    int protocol(const std::string& thumbFile) {
+        QVR_ST_PROTOCOL record;
+        record.ThumbFilePath = thumbFile.c_str();
+        return m_series->CreateProtocol(&record);
+    }
+    dcmSeries* const m_series = plan();
+};
+
+std::string listedSeries(const dcmSeries& s) {
+    return listed(s.GetModality(), s.GetSeriesInstanceUID(), s.GetSeriesNumber(),
+                  s.GetPerformingPhysicianName(), s.GetOperatorName(), s.GetBodyPartExamined(),
+                  s.GetSeriesDateTime(), s.GetSeriesDescription(), s.IsSent(), s.IsPrinted(), s.IsChanged(),
+                  s.IsDeleted());
+}
+
+TEST_F(SeriesTest, TakesEveryValueOfTheRecordAndNothingOfNull) {
+    dcmCRSeries cr;
+    dcmDXSeries dx;
+    EXPECT_EQ(listedSeries(cr), listed("", "", 0, "", "", "", cr.GetSeriesDateTime(), "", 0, 0, 0, 0));
+    EXPECT_LT(std::abs(age(cr.GetSeriesDateTime())), kMoment);
+    const QVR_ST_SERIES record{"t1",  "t2", 3,  "t4",  " t5", "", "t7", "t8", COleDateTime(9.5),
+                               "t10", 11,   12, "t13", "t14"};
+    for (dcmSeries* series : {static_cast<dcmSeries*>(&cr), static_cast<dcmSeries*>(&dx)}) {
+        series->SetChanged(5);
+        series->SetDeleted(6);
+        EXPECT_EQ(series->Create(nullptr), 0);
+        EXPECT_EQ(listed(series->IsChanged(), series->IsDeleted()), "5 6 ");
+        EXPECT_EQ(series->Create(&record), 1);
+        EXPECT_EQ(series->Create(nullptr), 0);
+        EXPECT_EQ(listedSeries(*series), "t1 t2 3 t4^t5 t7 t8 9.5 t10 11 12 0 0 ");
+    }
+    EXPECT_STREQ(cr.GetViewPosition(), "t13");
+    EXPECT_STREQ(dx.GetPresentationIntentType(), "t14");
+}
+
+TEST_F(SeriesTest, WithoutAnImageEverythingFails) {
+    const auto pixels = ramp(5, 5);
+    const auto& s = m_series;
+    s->SetExposureIndex(3), s->SetLUT(1, 2, 3), s->CloseImage();
+    EXPECT_EQ(listed(s->SaveUndoData(), s->ReadUndoData(&kScreen, &m_surface), s->WriteImageToHDD(),
+                     s->ReadImageInRAM(&kScreen, &m_surface), s->IsImageInRAM(), s->IsImageBAKFileValid(),
+                     s->GetImageBAKWidth(), s->GetImageBAKHeight(), s->IsImageExist(), s->RejectImage(),
+                     s->GetExposureIndex(), s->IsProtocolExist(), s->CreateProtocol(nullptr),
+                     s->OpenImage(nullptr)),
+              "0 0 0 0 0 0 -1 -1 0 0 0 0 0 0 ");
+    EXPECT_EQ(listed(s->UpdateImage(5, 5, pixels.data(), 14, 13, 1, 1, &kScreen, &m_surface),
+                     s->UpdateImage(&kScreen, &m_surface, 1), s->UpdateImage(5, 5, &m_surface),
+                     s->UpdateImage(1.0f, 1.0f, &kScreen, &m_surface),
+                     s->UpdateImage(1, 1, &kScreen, &m_surface), s->UpdateImage(&m_surface), s->IsChanged()),
+              "0 0 0 0 0 0 0 ");
+    EXPECT_TRUE(!s->GetImageFilePath() && !s->GetImageBAKFilePath() && !s->GetDcmImage() &&
+                !s->GetProtocol() && !s->GetThumb() && !s->GetPreview());
+    s->DrawImage(&kScreen, nullptr);
+    s->DrawImage(nullptr, &m_surface);
+    EXPECT_EQ(m_surface.drawn, std::vector<std::string>{});
+    s->DrawImage(&kScreen, &m_surface);
+    EXPECT_EQ(m_surface.drawn, std::vector<std::string>{"fill 0,0,80,60"});
+}
+
+TEST_F(SeriesTest, AnAcquisitionMakesFilesDisplayAndPicturesOnce) {
+    ASSERT_EQ(protocol(bitmapFile()), 1);
+    const QVR_ST_IMAGE record = imageRecord(1);
+    ASSERT_EQ(create(record), 1);
+    EXPECT_TRUE(resident(m_series, 1));
+    EXPECT_EQ(pixelsOf(rawCopy(1)), picture(1));
+    EXPECT_EQ(contentOf(imageFile(1)), "(missing)");
+    EXPECT_EQ(imageFile(1), m_series->GetImageFilePath());
+    EXPECT_EQ(rawCopy(1), m_series->GetImageBAKFilePath());
+    EXPECT_EQ(
+        listed(m_series->IsImageBAKFileValid(), m_series->GetImageBAKWidth(), m_series->GetImageBAKHeight()),
+        listed(1, kWidth, kHeight));
+    EXPECT_EQ(m_series->GetSeriesDateTime(), record.ContentDateTime);
+    EXPECT_TRUE(same(reference::thumbnail(*raw(m_series)->GetDIB()), m_series->GetThumb()));
+    EXPECT_EQ(m_series->GetPreview(), nullptr);
+    EXPECT_NE(dynamic_cast<dcmDXImage*>(m_series->GetDcmImage()), nullptr);
+
+    const dcmImage* const image = m_series->GetDcmImage();
+    const CDib* const thumb = m_series->GetThumb();
+    EXPECT_EQ(create(imageRecord(2)), 0);
+    const QVR_ST_IMAGE stored = storedRecord(3);
+    EXPECT_EQ(m_series->OpenImage(&stored), 0);
+    EXPECT_TRUE(resident(m_series, 1));
+    EXPECT_EQ(m_series->GetDcmImage(), image);
+    EXPECT_EQ(m_series->GetThumb(), thumb);
+    EXPECT_EQ(contentOf(rawCopy(2)), "(missing)");
+    m_series->SetExposureIndex(7);
+    EXPECT_EQ(m_series->GetExposureIndex(), 7);
+}
+
+TEST_F(SeriesTest, NullArgumentsAreRefusedBeforeAnImageIsMade) {
+    const QVR_ST_IMAGE record = imageRecord(1);
+    const char* const folder = m_folder.path().c_str();
+    EXPECT_EQ(m_series->CreateImage(nullptr, folder, &kScreen, &m_surface), 0);
+    EXPECT_EQ(m_series->CreateImage(&record, nullptr, &kScreen, &m_surface), 0);
+    EXPECT_EQ(m_series->CreateImage(&record, folder, nullptr, &m_surface), 0);
+    EXPECT_EQ(m_series->IsImageExist(), 0);
+    EXPECT_TRUE(fs::is_empty(folder));
+    EXPECT_EQ(m_series->CreateImage(&record, folder, &kScreen, nullptr), 1);  // the surface may be missing
+}
+
+struct LateFailure {
+    const char* name;
+    bool pixelsKept, rawCopyWritten;
+    std::function<void(QVR_ST_IMAGE&, RECT&, const TemporaryFolder&)> spoil;
+};
+class LateFailureTest : public SeriesTest, public testing::WithParamInterface<LateFailure> {
+protected:
+    bool rawCopyWritten() const {
+        return fs::is_regular_file(rawCopy(1)) && pixelsOf(rawCopy(1)) == picture(1);
+    }
+};
+
+TEST_P(LateFailureTest, KeepsTheImageAsFarAsItCame) {
+    const COleDateTime before = m_series->GetSeriesDateTime();
+    QVR_ST_IMAGE record = imageRecord(1);
+    RECT screen = kScreen;
+    GetParam().spoil(record, screen, m_folder);
+    EXPECT_EQ(m_series->CreateImage(&record, m_folder.path().c_str(), &screen, &m_surface), 0);
+    EXPECT_EQ(m_series->IsImageExist(), 1);
+    EXPECT_EQ(m_series->GetSeriesDateTime(), before);
+    EXPECT_EQ(m_series->GetDcmImage()->GetHeight(), kHeight);
+    EXPECT_EQ(m_series->IsImageInRAM(), GetParam().pixelsKept);
+    if (GetParam().pixelsKept) {
+        EXPECT_TRUE(resident(m_series, 1));
+    }
+    EXPECT_EQ(rawCopyWritten(), GetParam().rawCopyWritten);
+    EXPECT_EQ(m_series->GetThumb(), nullptr);
+    EXPECT_EQ(create(imageRecord(2)), 0);
+    EXPECT_EQ(m_series->RejectImage(), 0);  // no thumbnail
+    EXPECT_EQ(rawCopyWritten(), GetParam().rawCopyWritten);
+}
+INSTANTIATE_TEST_SUITE_P(
+    Steps, LateFailureTest,
+    testing::Values(
+        LateFailure{"noPixels", false, false, [](auto& r, auto&, auto&) { r.PixelData = nullptr; }},
+        LateFailure{"folderIsAFile", true, false, [](auto&, auto&, auto& f) { f.file("Cache", "x"); }},
+        LateFailure{"rawCopyIsAFolder", true, false,
+                    [](auto&, auto&, auto& f) { fs::create_directories(f / "Cache/R.1.2.1.raw"); }},
+        LateFailure{"nameIsAPath", true, false, [](auto& r, auto&, auto&) { r.SOPInstanceUID = "../1"; }},
+        LateFailure{"twelveBits", true, true, [](auto& r, auto&, auto&) { r.BitsStored = 12; }},
+        LateFailure{"emptyRectangle", true, true, [](auto&, auto& s, auto&) { s.right = 0; }},
+        LateFailure{"noThumbnail", true, true,
+                    [](auto&, auto& s, auto&) {
+                        s = {0, 0, 7, 4};
+                    }}),
+    nameOf);
+
+TEST_F(SeriesTest, FullDiskLeavesAnAcquisitionInMemory) {
+    {
+        const FileSizeLimit limit(1000);
+        EXPECT_EQ(create(imageRecord(1)), 0);
+    }
+    EXPECT_TRUE(resident(m_series, 1));
+}
+
+TEST_F(SeriesTest, OpenReadsNothing) {
+    ASSERT_EQ(protocol(bitmapFile()), 1);
+    const CDib* const thumb = m_series->GetThumb();
+    const COleDateTime before = m_series->GetSeriesDateTime();
+    const QVR_ST_IMAGE record = storedRecord(1);
+    EXPECT_EQ(m_series->OpenImage(&record), 1);
+    EXPECT_EQ(listed(m_series->IsImageInRAM(), m_series->GetImageBAKWidth(), m_series->IsImageBAKFileValid()),
+              listed(0, kWidth + 1, 1));
+    EXPECT_EQ(m_series->GetThumb(), thumb);
+    EXPECT_EQ(m_series->GetSeriesDateTime(), before);
+    EXPECT_EQ(m_series->ReadImageInRAM(nullptr, &m_surface), 0);
+    EXPECT_EQ(m_series->IsImageInRAM(), 0);
+    EXPECT_EQ(m_series->ReadImageInRAM(&kScreen, &m_surface), 1);
+    EXPECT_TRUE(resident(m_series, 1));
+    EXPECT_TRUE(same(reference::thumbnail(*raw(m_series)->GetDIB()), m_series->GetThumb()));
+    EXPECT_EQ(m_series->ReadImageInRAM(&kScreen, &m_surface), 0);
+    EXPECT_EQ(m_series->WriteImageToHDD(), 1);
+    EXPECT_EQ(pixelsOf(m_folder / "work1.raw"), picture(1));
+    m_series->CloseImage();
+    EXPECT_FALSE(fs::exists(m_folder / "work1.raw"));
+    EXPECT_EQ(pixelsOf(m_folder / "image1.raw"), picture(1));
+}
+
+TEST_F(SeriesTest, OpenKeepsAnImageWithoutFilesAndAReadOneWithoutDisplay) {
+    QVR_ST_IMAGE record = storedRecord(1);
+    fs::remove(m_folder / "image1.raw");
+    EXPECT_EQ(m_series->OpenImage(&record), 0);
+    EXPECT_EQ(listed(m_series->IsImageExist(), m_series->OpenImage(&record)), "1 0 ");
+
+    dcmSeries* const twelve = plan();
+    record = storedRecord(2);
+    record.BitsStored = 12;
+    EXPECT_EQ(twelve->OpenImage(&record), 1);
+    EXPECT_EQ(twelve->ReadImageInRAM(&kScreen, &m_surface), 0);
+    EXPECT_TRUE(resident(twelve, 2));
+    EXPECT_EQ(twelve->GetThumb(), nullptr);
+}
+
+TEST_F(SeriesTest, RejectionNeedsAThumbnailAndDeletesBothFiles) {
+    const QVR_ST_IMAGE stored = storedRecord(2);
+    ASSERT_EQ(m_series->OpenImage(&stored), 1);
+    EXPECT_EQ(m_series->RejectImage(), 0);
+    EXPECT_TRUE(m_series->IsImageExist() && fs::exists(m_folder / "image2.raw") &&
+                fs::exists(m_folder / "copy2.raw"));
+
+    dcmSeries* const series = plan();
+    const QVR_ST_IMAGE record = imageRecord(1);
+    constexpr RECT large{0, 0, 1200, 900};
+    ASSERT_EQ(series->CreateImage(&record, m_folder.path().c_str(), &large, &m_surface), 1);
+    ASSERT_EQ(series->WriteImageToHDD(), 1);
+    const CDib* const preview = series->GetPreview();
+    ASSERT_NE(preview, nullptr);
+    series->SetChanged(5);
+    EXPECT_EQ(series->RejectImage(), 1);
+    EXPECT_FALSE(fs::exists(imageFile(1)) || fs::exists(rawCopy(1)));
+    EXPECT_TRUE(!series->GetDcmImage() && !series->GetThumb());
+    EXPECT_EQ(series->GetPreview(), preview);
+    EXPECT_EQ(listed(series->IsChanged(), m_study->GetSeriesCount()), "5 2 ");
+    EXPECT_EQ(series->RejectImage(), 0);
+    EXPECT_EQ(series->CreateImage(&record, m_folder.path().c_str(), &kScreen, &m_surface), 1);  // a repeat
+}
+
+TEST_F(SeriesTest, RejectionDeletesNoFolder) {
+    ASSERT_EQ(create(imageRecord(1)), 1);
+    block(1);
+    EXPECT_EQ(m_series->RejectImage(), 1);
+    EXPECT_TRUE(fs::is_directory(imageFile(1)));
+}
+
+// What a protocol's file gives as thumbnail: its bitmap, an empty bitmap, or none.
+struct ThumbFile {
+    const char* name;
+    std::function<std::string(const TemporaryFolder&, const std::string& bitmap)> path;
+    bool any;
+    int width;
+};
+class ThumbFileTest : public SeriesTest, public testing::WithParamInterface<ThumbFile> {
+protected:
+    void expectProtocolThumb() const {
+        EXPECT_EQ(m_series->GetThumb() != nullptr, GetParam().any);
+        EXPECT_EQ(reference::pictureOf(m_series->GetThumb()).width, GetParam().width);
+    }
+};
+
+TEST_P(ThumbFileTest, IsShownWhileThereIsNoImage) {
+    ASSERT_EQ(protocol(bitmapFile()), 1);
+    const std::string path = GetParam().path(m_folder, bitmapFile());
+    EXPECT_EQ(protocol(path), 1);
+    EXPECT_EQ(path, m_series->GetProtocol()->GetThumbFilePath());
+    expectProtocolThumb();
+    ASSERT_EQ(create(imageRecord(1)), 1);
+    const CDib* const thumb = m_series->GetThumb();
+    EXPECT_EQ(protocol(path), 1);
+    EXPECT_EQ(m_series->GetThumb(), thumb);
+    EXPECT_EQ(m_series->RejectImage(), 1);
+    expectProtocolThumb();
+}
+INSTANTIATE_TEST_SUITE_P(
+    Files, ThumbFileTest,
+    testing::Values(ThumbFile{"bitmap", [](auto&, auto& bitmap) { return bitmap; }, true, 5},
+                    ThumbFile{"noPath", [](auto&, auto&) { return ""; }, false, 0},
+                    ThumbFile{"missing", [](auto& f, auto&) { return f / "none.bmp"; }, false, 0},
+                    ThumbFile{"garbage", [](auto& f, auto&) { return f.file("a.bmp", "BM, but no bitmap"); },
+                              true, 0}),
+    nameOf);
+
+TEST_F(SeriesTest, DrawingSurvivesASurfaceThatThrowsOrRejectsTheImage) {
+    const std::function<void(dcmSeries&)> operations[] = {
+        [&](auto& s) { s.DrawImage(&kScreen, &m_surface); },
+        [&](auto& s) { s.UpdateImage(&kScreen, &m_surface, 1); },
+        [&](auto& s) { s.UpdateImage(3000, 2000, &m_surface); },
+        [&](auto& s) { s.UpdateImage(2.0f, 2.0f, &kScreen, &m_surface); },
+        [&](auto& s) { s.UpdateImage(9, 7, ramp(9, 7).data(), 14, 13, 0, 0, &kScreen, &m_surface); },
+        [&](auto& s) { s.UpdateImage(&m_surface); },
+    };
+    int n = 1;
+    for (const auto& operation : operations)
+        for (const int call : {1, 2, 3, 4}) {
+            dcmSeries* const series = acquire(++n);
+            m_surface.onCall = [] { throw std::runtime_error("surface"); };
+            EXPECT_NO_THROW(operation(*series));
+            int calls = 0;
+            m_surface.onCall = [&] {
+                if (++calls == call) series->RejectImage();
+            };
+            EXPECT_NO_THROW(operation(*series));
+            m_surface.onCall = [] {};
+            m_exam.RejectImage(0, position(series));
+        }
+}
+
+}  // namespace
