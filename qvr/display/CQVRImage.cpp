@@ -150,6 +150,6 @@ int CQVRImage::DrawDIB(CPoint offset, const RECT* rectangle, CDC* surface, std::
     if (!surface || !rectangle || !rows) return 0;
     const auto place = qvr::placeFree(offset, *rectangle, rows.width, rows.height);
     if (!place) return 0;
-    return drawn->Draw(surface, place->x, place->y, place->width, place->height, place->sourceX, place->sourceY,
-                       place->sourceWidth, place->sourceHeight, rop);
+    return drawn->Draw(surface, place->x, place->y, place->width, place->height, place->sourceX,
+                       place->sourceY, place->sourceWidth, place->sourceHeight, rop);
 }

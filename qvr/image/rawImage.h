@@ -163,7 +163,9 @@ public:
     void DeflateMark(int index);
     /// Moves a mark by surface pixels; see SetMarkDISPLeftTop.
     void MoveMark(int index, int dx, int dy, const RECT* rectangle, CDC* surface);
-    /// Moves a mark to a surface position, kept inside the image.
+    /// Moves a mark to a surface position, kept inside the image. Where a mark is burned follows from its place in the
+    /// view as if YOffset were counted from the top of the picture: in a view that is panned off the vertical middle a
+    /// moved or inflated mark is burned elsewhere than it is seen. Edit marks in the fitted view.
     void SetMarkDISPLeftTop(int index, CPoint point, const RECT* rectangle, CDC* surface);
     /// @return index of the oldest mark whose text box holds the point, or -1
     int PtInMarkRect(CPoint point, CDC* surface);
@@ -208,7 +210,8 @@ public:
     /// takes the path as the image file's. RejectImage then deletes it there, and a later WriteToHDD replaces it by
     /// pixels without marks. The image's own pixels and marks stay. An existing file is replaced in one step.
     /// Opened image: commits the current pixels to the image file in one step - from memory, or from the work file when
-    /// not resident; path and surface are not used, and no mark is burned.
+    /// not resident; path and surface are not used, and no mark is burned. An earlier work file stays and is still what
+    /// reads take.
     /// @return 0, with nothing changed, when a mark cannot be burned (WriteMark), for null or a path that names the raw
     ///         copy, when the pixels cannot be read or the file cannot be written, and without memory
     int WriteFileForPRES(const char* path, CDC* surface);

@@ -523,8 +523,25 @@ TEST_P(CloseTest, DeletesTheWorkFileAlone) {
 INSTANTIATE_TEST_SUITE_P(WorkFile, CloseTest,
                          testing::Values(Closing{"ofItsOwn", "work.raw", "", true},
                                          Closing{"isTheImageFile", "image.raw", "", false},
-                                         Closing{"isTheRawCopy", "copy.raw", "", false},
                                          Closing{"isALinkToTheImageFile", "link.raw", "image.raw", false}),
                          nameOf);
+
+// The pixels as acquired are never written over, under whatever name.
+TEST_F(RawImageTest, TheRawCopyIsNeverWrittenTo) {
+    for (const bool linked : {false, true}) {
+        auto record = storedRecord();
+        const fs::path work = m_folder / (linked ? "linked.raw" : "copy.raw");
+        if (linked) fs::create_hard_link(m_folder / "copy.raw", work);
+        const auto before = fs::file_size(m_folder / "copy.raw");
+        const auto stamp = fs::last_write_time(m_folder / "copy.raw");
+        record.WorkFilePath = work.c_str();
+        open(record);
+        ASSERT_EQ(m_image.ReadInRAM(), 1);
+        EXPECT_EQ(m_image.WriteToHDD(), 0);
+        EXPECT_EQ(m_image.IsReadInRAM(), 1);
+        EXPECT_EQ(fs::file_size(m_folder / "copy.raw"), before);
+        EXPECT_EQ(fs::last_write_time(m_folder / "copy.raw"), stamp);
+    }
+}
 
 }  // namespace

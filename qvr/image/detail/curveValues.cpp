@@ -24,10 +24,7 @@ inline __attribute__((always_inline)) double exponential(double x) {
     const double shifted = x * kLog2E + kRound;
     const double n = shifted - kRound;
     const double r = (x - n * kLn2High) - n * kLn2Low;
-    double p = 1.0 / 479001600.0;
-    p = p * r + 1.0 / 39916800.0;
-    p = p * r + 1.0 / 3628800.0;
-    p = p * r + 1.0 / 362880.0;
+    double p = 1.0 / 362880.0;
     p = p * r + 1.0 / 40320.0;
     p = p * r + 1.0 / 5040.0;
     p = p * r + 1.0 / 720.0;
@@ -45,11 +42,7 @@ inline __attribute__((always_inline)) double exponential(double x) {
 inline __attribute__((always_inline)) double logarithm(double t) {
     const double s = t / (2.0 + t);
     const double q = s * s;
-    double p = 1.0 / 27.0;
-    p = p * q + 1.0 / 25.0;
-    p = p * q + 1.0 / 23.0;
-    p = p * q + 1.0 / 21.0;
-    p = p * q + 1.0 / 19.0;
+    double p = 1.0 / 19.0;
     p = p * q + 1.0 / 17.0;
     p = p * q + 1.0 / 15.0;
     p = p * q + 1.0 / 13.0;

@@ -8,7 +8,7 @@ namespace qvr {
 /// The values t^k, e^(k t), ln(1 + t) and 1 / (1 + e^(-k (t - center))) for t = (first + i) * inverse, i from 0. They
 /// differ from the exact ones by less than kCurveError times the largest value of the curve, and from processor to
 /// processor not at all.
-inline constexpr double kCurveError = 1e-12;
+inline constexpr double kCurveError = 1e-10;
 inline constexpr std::size_t kCurvePart = 512;  ///< most values of one call
 inline constexpr double kLargestExponent = 600.0;
 

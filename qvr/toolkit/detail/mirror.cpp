@@ -44,8 +44,8 @@ using Part = std::uint16_t __attribute__((vector_size(64)));
 constexpr std::int64_t kPart = 32;
 
 QVR_CLONES void reverse(std::uint16_t* first, std::int64_t count, std::int64_t ahead) {
-    std::uint16_t* last = first + count - kPart;
-    for (; first + kPart <= last; first += kPart, last -= kPart) {
+    for (; count >= 2 * kPart; first += kPart, count -= 2 * kPart) {
+        std::uint16_t* const last = first + count - kPart;
         __builtin_prefetch(first + ahead, 1, 3);
         __builtin_prefetch(last + ahead, 1, 3);
         Part a;
@@ -59,7 +59,7 @@ QVR_CLONES void reverse(std::uint16_t* first, std::int64_t count, std::int64_t a
         std::memcpy(first, &b, sizeof b);
         std::memcpy(last, &a, sizeof a);
     }
-    std::reverse(first, last + kPart);
+    std::reverse(first, first + count);
 }
 
 QVR_CLONES void invert(std::uint16_t* values, std::size_t count, std::uint16_t maximum) {

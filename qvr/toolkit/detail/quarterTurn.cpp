@@ -153,6 +153,7 @@ void turnTiles(std::uint16_t* source, std::int64_t width, std::int64_t height, s
 
 bool turnQuarter(std::uint16_t* pixels, std::int64_t width, std::int64_t height, bool clockwise,
                  CodePath path) {
+    if (width == 0 || height == 0) return true;
     if (width == height && path != CodePath::plain) {
         turnSquare(pixels, width, clockwise);
         return true;
