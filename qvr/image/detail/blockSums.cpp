@@ -58,18 +58,18 @@ QVR_CLONES void addRows(const std::uint16_t* __restrict rows, std::int64_t strid
     }
 }
 
-// The rows of the next blocks are fetched while these are worked on in the cache: a quarter less time for a source that
-// is not in the cache.
+// The rows of the next blocks are fetched while these are worked on: of several rows at once no processor foresees the
+// next.
 void prefetch(const BlockRows& rows, std::int64_t width) {
     if (rows.ahead == 0) return;
     const std::uint16_t* const next = rows.values + rows.ahead * rows.stride;
     for (std::int64_t row = 0; row < rows.count; ++row)
         for (std::int64_t column = 0; column < width; column += 32)
-            __builtin_prefetch(next + row * rows.stride + column, 0, 2);
+            __builtin_prefetch(next + row * rows.stride + column, 0, 3);
 }
 
-// Then the columns of every block. A length that the compiler knows unrolls the inner loop, which doubles the speed of
-// blocks of two to four columns.
+// Then the columns of every block. A length that the compiler knows unrolls the inner loop: a fifth of the time of the
+// rule for blocks of two or three columns.
 template <int Length, class Sum>
 inline __attribute__((always_inline)) void sumsOf(const Sum* __restrict row,
                                                   const std::int32_t* __restrict first, std::size_t count,

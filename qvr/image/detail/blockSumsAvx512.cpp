@@ -57,7 +57,7 @@ QVR_TARGET inline __m512i addColumns(__m512i here, __m512i next) {
 // One cache line of every row of the next blocks, while these are worked on.
 QVR_TARGET inline void prefetch(const BlockRows& rows, std::int64_t column) {
     const std::uint16_t* next = rows.values + rows.ahead * rows.stride + column;
-    for (std::int64_t row = 0; row < rows.count; ++row, next += rows.stride) __builtin_prefetch(next, 0, 2);
+    for (std::int64_t row = 0; row < rows.count; ++row, next += rows.stride) __builtin_prefetch(next, 0, 3);
 }
 
 template <int Length>

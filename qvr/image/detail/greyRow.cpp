@@ -24,7 +24,7 @@ void plainSums(const std::uint32_t* sums, std::size_t count, std::uint32_t pixel
     for (std::size_t i = 0; i < count; ++i) out[i] = table[std::min<std::size_t>(sums[i] / pixels, last)];
 }
 
-// Eight values a turn, and one test for all of them whether any lies beyond the table: a third faster than a minimum
+// Eight values a turn, and one test for all of them whether any lies beyond the table: half the time of a minimum
 // for each.
 void tableRow(const std::uint16_t* values, std::size_t count, std::span<const std::uint8_t> table,
               std::uint8_t* out) {
@@ -50,7 +50,7 @@ void tableRow(const std::uint16_t* values, std::size_t count, std::span<const st
 }
 
 // (step * d) >> shift is the high half of the 16-bit product of step and d << (16 - shift), which every processor
-// multiplies many at a time: four times as fast as the table. Both factors must fit into 16 bits, see fitsWords().
+// multiplies many at a time: a quarter of the time of the table. Both factors must fit into 16 bits, see fitsWords().
 QVR_CLONES void rampRow(const std::uint16_t* __restrict values, std::size_t count, std::uint16_t last,
                         std::uint16_t low, std::uint16_t high, std::uint16_t step, int left,
                         std::uint8_t* __restrict out) {

@@ -23,7 +23,7 @@ void mirrorColumnsPlainly(std::uint16_t* pixels, std::int64_t width, std::int64_
 }
 
 // Processors fetch ahead along one row but do not foresee the next one, least of all when rows come from the last to the
-// first. So a part of the next row is fetched with every part of this one: a third less time.
+// first. So a part of the next row is fetched with every part of this one: a quarter less time.
 constexpr std::int64_t kFetched = 64;  // values
 
 void fetch(const std::uint16_t* values, std::int64_t count) {

@@ -20,9 +20,10 @@ void countPlainly(const PixelRows& pixels, Histogram& histogram) {
         }
 }
 
-// Neighbouring pixels, which are often equal, are counted in different banks; 16-bit counters halve what the caches have
-// to hold, and are emptied into the histogram before one of them can overflow. Four equal pixels, as in a collimated
-// border, are counted at once. Twice the speed of one bank of 32-bit counters on a radiograph, ten times on a border.
+// Neighbouring pixels, which are often equal, are counted in different banks, and 16-bit counters let both banks stay in
+// the nearest cache; they are emptied into the histogram before one of them can overflow. Sixteen equal pixels, as in a
+// collimated border, are counted at once. Three quarters of the time of one bank of 32-bit counters; four banks, or a
+// look at every four pixels, take longer than they save.
 class Banks {
 public:
     void count(const std::uint16_t* values, std::int64_t count, Histogram& histogram) {
@@ -31,7 +32,7 @@ public:
             add(values, part);
             values += part;
             count -= part;
-            m_left -= part;
+            m_left -= (part + 1) / 2 * 2;  // an odd one out goes to the first bank
             if (m_left == 0) empty(histogram);
         }
     }
@@ -43,38 +44,46 @@ public:
     }
 
 private:
-    // No counter grows by more than one for each pixel.
-    static constexpr std::int64_t kMost = 65532;
-    static constexpr std::size_t kBanks = 4;
+    // No counter grows by more than one for every two pixels.
+    static constexpr std::int64_t kMost = 131070;
+    static constexpr std::size_t kBanks = 2;
     using Counters = std::uint16_t[kBanks][kHistogramBins];
 
-    void addOne(std::uint16_t value, std::size_t bank) {
-        ++m_counters[bank][value < kLastBin ? value : kLastBin];
+    void addOne(std::uint16_t value, std::int64_t place) {
+        ++m_counters[static_cast<std::size_t>(place % 2)][value < kLastBin ? value : kLastBin];
     }
 
     void add(const std::uint16_t* values, std::int64_t count) {
         constexpr std::uint64_t kBeyond = 0xC000C000C000C000U;  // bits of values above 16383
+        constexpr std::int64_t kTogether = 16;
         std::int64_t x = 0;
-        for (; x + 4 <= count; x += 4) {
-            std::uint64_t four;
-            std::memcpy(&four, values + x, sizeof four);
-            if ((four & kBeyond) != 0) {
-                for (std::size_t k = 0; k < 4; ++k) addOne(values[x + static_cast<std::int64_t>(k)], k);
-            } else if (four == (four >> 16 | four << 48)) {
-                m_counters[0][four & 0xFFFFU] = static_cast<std::uint16_t>(m_counters[0][four & 0xFFFFU] + 4);
+        for (; x + kTogether <= count; x += kTogether) {
+            std::uint64_t fours[kTogether / 4];
+            std::memcpy(fours, values + x, sizeof fours);
+            const std::uint64_t first = fours[0];
+            const std::uint64_t beyond = (first | fours[1] | fours[2] | fours[3]) & kBeyond;
+            const std::uint64_t differing = (first ^ (first >> 16 | first << 48)) | (first ^ fours[1]) |
+                                            (first ^ fours[2]) | (first ^ fours[3]);
+            if (beyond != 0) {
+                for (std::int64_t k = 0; k < kTogether; ++k) addOne(values[x + k], k);
+            } else if (differing == 0) {
+                for (auto& bank : m_counters)
+                    bank[first & 0xFFFFU] = static_cast<std::uint16_t>(bank[first & 0xFFFFU] + kTogether / 2);
             } else {
-                ++m_counters[0][four & 0xFFFFU];
-                ++m_counters[1][four >> 16 & 0xFFFFU];
-                ++m_counters[2][four >> 32 & 0xFFFFU];
-                ++m_counters[3][four >> 48];
+                for (const std::uint64_t four : fours) {
+                    ++m_counters[0][four & 0xFFFFU];
+                    ++m_counters[1][four >> 16 & 0xFFFFU];
+                    ++m_counters[0][four >> 32 & 0xFFFFU];
+                    ++m_counters[1][four >> 48];
+                }
             }
         }
-        for (; x < count; ++x) addOne(values[x], 0);
+        for (; x < count; ++x) addOne(values[x], x);
     }
 
     QVR_CLONES static void flush(const Counters& banks, std::uint32_t* __restrict counts) {
         for (std::size_t bin = 0; bin < kHistogramBins; ++bin)
-            counts[bin] += std::uint32_t{banks[0][bin]} + banks[1][bin] + banks[2][bin] + banks[3][bin];
+            counts[bin] += std::uint32_t{banks[0][bin]} + banks[1][bin];
     }
 
     Counters m_counters = {};
