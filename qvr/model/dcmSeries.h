@@ -69,7 +69,8 @@ public:
     virtual void CloseImage();
     /// rawImage::SaveUndoData
     virtual int SaveUndoData();
-    /// Takes the newest undo copy back and refreshes display (fitted view) and pictures.
+    /// Takes the newest undo copy back and refreshes display (fitted view) and pictures. The image entity's own width and
+    /// height keep the values of the last update: ask the raw image.
     /// @return 0 for a null rectangle or without an undo copy, with nothing changed; 0 when the display cannot be made
     virtual int ReadUndoData(const RECT* rectangle, CDC* surface);
 
