@@ -30,7 +30,9 @@ TEST(FuzzCorpus, Bitmap) {
 TEST(FuzzCorpus, Tools) {
     EXPECT_GE(replay("tools", fuzz::tools), 20);
 }
-TEST(FuzzCorpus, Readers) { EXPECT_GE(replay("readers", fuzz::readers), 5); }
+TEST(FuzzCorpus, Readers) {
+    EXPECT_GE(replay("readers", fuzz::readers), 5);
+}
 TEST(FuzzCorpus, Sequences) {
     EXPECT_GE(replay("sequence", fuzz::sequence), 20);
 }

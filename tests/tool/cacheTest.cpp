@@ -1,0 +1,335 @@
+// What qvr cache check finds, what --repair brings back, and what is left of a program that is killed.
+#include <gtest/gtest.h>
+#include <signal.h>
+
+#include <algorithm>
+#include <filesystem>
+#include <nlohmann/json.hpp>
+#include <set>
+
+#include "examMaker.h"
+#include "support/pictures.h"
+#include "toolRun.h"
+
+namespace {
+
+namespace fs = std::filesystem;
+using Json = nlohmann::json;
+
+// One JSON object per line, by UID; strays under their names.
+std::map<std::string, Json> objects(const std::string& out) {
+    std::map<std::string, Json> all;
+    for (std::size_t at = 0; at < out.size(); at = out.find('\n', at) + 1) {
+        const Json one = Json::parse(out.substr(at, out.find('\n', at) - at));
+        all[one.value("sop_instance_uid", one.value("stray", ""))] = one;
+    }
+    return all;
+}
+
+// An exam of three images.
+class Exam {
+public:
+    Exam() {
+        fs::create_directory(m_temporary / "in");
+        writeDicoms(m_temporary / "in", 3);
+        if (runTool({"exam", "build", m_temporary / "in", "-o", path()}).code != 0)
+            throw std::runtime_error("no exam");
+        m_whole = contentOf(image(2));
+    }
+    std::string path() const { return m_temporary / "exam"; }
+    std::string raw(int number) const { return path() + "/Cache/R." + uidOf(number) + ".raw"; }
+    std::string image(int number) const { return path() + "/Cache/I." + uidOf(number) + ".raw"; }
+    std::string work(int number) const { return path() + "/Cache/W." + uidOf(number) + ".raw"; }
+    const std::string& whole() const { return m_whole; }
+    ToolResult check(const std::vector<std::string>& more = {}, const ToolSetting& setting = {}) const {
+        std::vector<std::string> arguments = {"cache", "check", path(), "--progress", "never"};
+        arguments.insert(arguments.end(), more.begin(), more.end());
+        return runTool(arguments, setting);
+    }
+
+private:
+    TemporaryFolder m_temporary;
+    std::string m_whole;
+};
+
+void write(const std::string& path, const std::string& content) {
+    std::ofstream(path, std::ios::binary) << content;
+}
+
+void changeExamFile(const Exam& exam, const std::function<void(Json&)>& change) {
+    Json json = Json::parse(contentOf(exam.path() + "/exam.json"));
+    change(json);
+    write(exam.path() + "/exam.json", json.dump());
+}
+
+Json& imageOf(Json& exam, int number) {
+    return exam["studies"][0]["series"][static_cast<std::size_t>(number - 1)]["image"];
+}
+
+struct Damage {
+    const char* name;
+    std::function<void(const Exam&)> done;
+    std::string image, raw;  // states of image 2 as found
+    bool mended;             // by --repair
+};
+void PrintTo(const Damage& test, std::ostream* out) {
+    *out << test.name;
+}
+
+class DamageTest : public testing::TestWithParam<Damage> {};
+
+TEST_P(DamageTest, IsNamedAndMendedWhereThatIsSafe) {
+    const auto& test = GetParam();
+    const Exam exam;
+    test.done(exam);
+    const auto contentOrFolder = [](const std::string& path) {
+        return fs::is_directory(path) ? "(folder)" : contentOf(path);
+    };
+    const auto before = contentOrFolder(exam.image(2));
+
+    const auto found = exam.check({"--json"});
+    const bool whole = test.image == "whole" && test.raw == "whole";
+    EXPECT_EQ(found.code, whole ? 0 : 1);
+    auto all = objects(found.out);
+    ASSERT_EQ(all.size(), 3U) << found.out;
+    EXPECT_EQ(all[uidOf(2)]["image_file"]["state"], test.image);
+    EXPECT_EQ(all[uidOf(2)]["raw_copy"]["state"], test.raw);
+    for (const int other : {1, 3}) EXPECT_EQ(all[uidOf(other)]["result"], "ok");
+    EXPECT_EQ(contentOrFolder(exam.image(2)), before);  // looking changes nothing
+
+    const auto repaired = exam.check({"--repair"});
+    EXPECT_EQ(repaired.code, test.mended ? 0 : 1) << repaired.out;
+    EXPECT_EQ(repaired.out.find("restored") != std::string::npos, test.mended && !whole) << repaired.out;
+    if (test.mended) {
+        EXPECT_EQ(contentOf(exam.image(2)), exam.whole());
+        EXPECT_EQ(contentOf(exam.raw(2)), exam.whole());
+        EXPECT_EQ(exam.check().code, 0);
+        EXPECT_EQ(runTool({"exam", "list", exam.path()}).code, 0);
+    } else {
+        EXPECT_EQ(contentOrFolder(exam.image(2)), before);
+    }
+}
+
+std::string otherPixels(const Exam& exam) {
+    std::string content = exam.whole();
+    content[100] = static_cast<char>(content[100] ^ 1);
+    return content;
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    Files, DamageTest,
+    testing::Values(
+        Damage{"none", [](const Exam&) {}, "whole", "whole", true},
+        Damage{"imageMissing", [](const Exam& exam) { fs::remove(exam.image(2)); }, "missing", "whole", true},
+        Damage{"imageEmpty", [](const Exam& exam) { write(exam.image(2), ""); }, "short", "whole", true},
+        Damage{"imageShort", [](const Exam& exam) { fs::resize_file(exam.image(2), 12287); }, "short",
+               "whole", true},
+        Damage{"imageLong", [](const Exam& exam) { fs::resize_file(exam.image(2), 12289); }, "long", "whole",
+               false},
+        Damage{"imageDiffers", [](const Exam& exam) { write(exam.image(2), otherPixels(exam)); }, "differs",
+               "whole", false},
+        Damage{"rawMissing", [](const Exam& exam) { fs::remove(exam.raw(2)); }, "whole", "missing", true},
+        Damage{"rawShort", [](const Exam& exam) { fs::resize_file(exam.raw(2), 2); }, "whole", "short", true},
+        Damage{"rawDiffers", [](const Exam& exam) { write(exam.raw(2), otherPixels(exam)); }, "whole",
+               "differs", false},
+        Damage{"bothMissing",
+               [](const Exam& exam) {
+                   fs::remove(exam.raw(2));
+                   fs::remove(exam.image(2));
+               },
+               "missing", "missing", false},
+        Damage{"imageShortRawDiffers",
+               [](const Exam& exam) {
+                   write(exam.raw(2), otherPixels(exam));
+                   fs::resize_file(exam.image(2), 5);
+               },
+               "short", "differs", false},
+        Damage{"aFolder",
+               [](const Exam& exam) {
+                   fs::remove(exam.image(2));
+                   fs::create_directory(exam.image(2));
+               },
+               "unusable", "whole", false},
+        // The program was killed after it wrote the image file and before it wrote the exam file.
+        Damage{"notYetInTheExamFile",
+               [](const Exam& exam) {
+                   changeExamFile(exam, [](Json& json) { imageOf(json, 2)["image_file"] = nullptr; });
+               },
+               "whole", "whole", true},
+        // The same, while a user had changed the pixels: what is on disk is newer than the exam file.
+        Damage{"changedAndNotYetInTheExamFile",
+               [](const Exam& exam) {
+                   changeExamFile(exam, [](Json& json) { imageOf(json, 2)["image_file"] = nullptr; });
+                   write(exam.image(2), otherPixels(exam));
+               },
+               "differs", "whole", false}),
+    nameOf);
+
+TEST(CacheCheck, NamesFilesOfNoImageAndRemovesTemporaryOnesOnly) {
+    const Exam exam;
+    write(exam.raw(9), std::string(400, 'r'));
+    write(exam.image(9), std::string(100, 'i'));
+    write(exam.work(1), std::string(12288, 'w'));
+    const std::vector<std::string> temporary = {exam.path() + "/.qvr-a1B2c3",
+                                                exam.image(1) + ".qvr-new-4711"};
+    for (const auto& path : temporary) write(path, "half");
+    write(exam.path() + "/Cache/notes.txt", "mine");
+
+    const auto found = exam.check();
+    EXPECT_EQ(found.code, 1);
+    for (const char* line :
+         {"1.2.3.9  not in the exam file: raw copy 400 bytes, image file 100 bytes (short",
+          "Cache/W.1.2.3.1.raw  work file that was never committed: 12288 bytes",
+          ".qvr-a1B2c3  temporary file", "Cache/I.1.2.3.1.raw.qvr-new-4711  temporary file",
+          "Cache/notes.txt  unknown file: 4 bytes", "3 images, 5 problems"})
+        EXPECT_NE(found.out.find(line), std::string::npos) << line << '\n' << found.out;
+
+    const auto repaired = exam.check({"--repair"});
+    EXPECT_EQ(repaired.code, 1);
+    EXPECT_NE(repaired.out.find("3 images, 3 problems"), std::string::npos) << repaired.out;
+    for (const auto& path : temporary) EXPECT_FALSE(fs::exists(path));
+    EXPECT_TRUE(fs::exists(exam.raw(9)) && fs::exists(exam.work(1)) &&
+                fs::exists(exam.path() + "/Cache/notes.txt"));
+}
+
+TEST(CacheCheck, WorksWithoutAnExamFile) {
+    const Exam exam;
+    fs::remove(exam.path() + "/exam.json");
+    fs::remove(exam.image(1));
+    fs::resize_file(exam.image(2), 100);
+    const auto found = exam.check({"--repair"});
+    EXPECT_EQ(found.code, 1);
+    EXPECT_NE(found.err.find("no exam.json"), std::string::npos);
+    for (const char* line :
+         {"1.2.3.1  not in the exam file: raw copy 12288 bytes, no image file",
+          "1.2.3.2  not in the exam file: raw copy 12288 bytes, image file 100 bytes (short",
+          "1.2.3.3  not in the exam file: raw copy 12288 bytes, image file 12288 bytes (as long"})
+        EXPECT_NE(found.out.find(line), std::string::npos) << line << '\n' << found.out;
+    EXPECT_EQ(fs::file_size(exam.image(2)), 100U);  // nobody knows whether the raw copy is whole
+}
+
+TEST(CacheCheck, LeavesAShortFileWhereTheRepairFails) {
+    const Exam exam;
+    fs::resize_file(exam.image(2), 100);
+    const auto repaired = exam.check({"--repair"}, {{}, "/dev/null", 5000});
+    EXPECT_EQ(repaired.code, 1);
+    EXPECT_EQ(fs::file_size(exam.image(2)), 100U);
+    EXPECT_EQ(std::distance(fs::directory_iterator(exam.path() + "/Cache"), {}), 6);
+}
+
+// An image that was cut since it was acquired: its raw copy has another size.
+TEST(CacheCheck, RestoresTheSizeOfTheRawCopyToo) {
+    const Exam exam;
+    changeExamFile(exam, [](Json& json) {
+        auto& image = imageOf(json, 2);
+        image["columns"] = 10;
+        image["rows"] = 10;
+        image["image_file"] = {{"columns", 10}, {"rows", 10}, {"bytes", 200}, {"crc32", "00000000"}};
+    });
+    fs::remove(exam.image(2));
+    const auto repaired = exam.check({"--repair"});
+    EXPECT_EQ(repaired.code, 0) << repaired.out;
+    EXPECT_NE(repaired.out.find("changes are lost"), std::string::npos) << repaired.out;
+    EXPECT_EQ(contentOf(exam.image(2)), exam.whole());
+    Json json = Json::parse(contentOf(exam.path() + "/exam.json"));
+    EXPECT_EQ(imageOf(json, 2)["columns"], 96);
+}
+
+// Kills the program at many moments of a build. Afterwards every file is named for what it is, and every whole raw copy
+// gives its image back.
+class KillTest : public testing::Test {
+protected:
+    static constexpr int kImages = 7;
+    static constexpr int kColumns = 600;
+    static constexpr int kRows = 400;
+    static constexpr std::uintmax_t kBytes = 2ULL * kColumns * kRows;
+
+    void SetUp() override {
+        fs::create_directory(m_temporary / "in");
+        writeDicoms(m_temporary / "in", kImages, kColumns, kRows);
+    }
+
+    // @return microseconds until the program ended by itself, or was killed
+    long build(const std::string& exam, long killAfter) const {
+        timespec begin{}, now{};
+        clock_gettime(CLOCK_MONOTONIC, &begin);
+        const auto spent = [&] {
+            clock_gettime(CLOCK_MONOTONIC, &now);
+            return (now.tv_sec - begin.tv_sec) * 1000000L + (now.tv_nsec - begin.tv_nsec) / 1000;
+        };
+        const pid_t child = fork();
+        if (child == 0) {
+            dup2(open("/dev/null", O_WRONLY), 1);
+            dup2(open("/dev/null", O_WRONLY), 2);
+            execl(QVR_PROGRAM, "qvr", "exam", "build", (m_temporary / "in").c_str(), "-o", exam.c_str(),
+                  static_cast<char*>(nullptr));
+            _exit(127);
+        }
+        int status = 0;
+        while (waitpid(child, &status, WNOHANG) == 0) {
+            if (spent() >= killAfter) kill(child, SIGKILL);
+            usleep(200);
+        }
+        return spent();
+    }
+
+    TemporaryFolder m_temporary;
+};
+
+// The state that a file's length tells.
+std::string stateOf(const std::string& path, std::uintmax_t whole) {
+    std::error_code error;
+    const auto size = fs::file_size(path, error);
+    return error ? "missing" : size < whole ? "short" : size == whole ? "whole" : "long";
+}
+
+TEST_F(KillTest, LosesNoRawCopyAndNamesEveryFile) {
+    const std::string reference = m_temporary / "reference";
+    const long whole = build(reference, 1000000000L);
+    int interrupted = 0, restored = 0;
+    constexpr int moments = 14;
+    for (int moment = 1; moment < moments; ++moment) {
+        const std::string exam = m_temporary / ("exam" + std::to_string(moment));
+        build(exam, whole * moment / moments);
+        if (!fs::exists(exam + "/exam.json")) {
+            EXPECT_FALSE(fs::exists(exam + "/Cache")) << "pixels without an exam file";
+            continue;
+        }
+        const auto found = runTool({"cache", "check", exam, "--json", "--progress", "never"});
+        auto all = objects(found.out);
+        std::set<std::string> named;
+        for (auto& [uid, one] : all) {
+            if (one.contains("stray")) {
+                EXPECT_EQ(one["kind"], "temporary file of a write that was killed") << one;
+                named.insert(fs::path(uid).filename());
+                continue;
+            }
+            EXPECT_EQ(one["image_file"]["state"], stateOf(exam + "/Cache/I." + uid + ".raw", kBytes)) << uid;
+            EXPECT_EQ(one["raw_copy"]["state"], stateOf(exam + "/Cache/R." + uid + ".raw", kBytes)) << uid;
+            named.insert({"I." + uid + ".raw", "R." + uid + ".raw"});
+        }
+        for (const auto& entry : fs::recursive_directory_iterator(exam)) {
+            const std::string name = entry.path().filename();
+            EXPECT_TRUE(name == "exam.json" || name == "Cache" || named.contains(name)) << name;
+        }
+        const auto repaired = runTool({"cache", "check", exam, "--json", "--repair", "--progress", "never"});
+        bool anyLost = false;
+        for (const auto& [uid, one] : all) {
+            if (one.contains("stray")) continue;
+            const std::string file = "/Cache/I." + uid + ".raw";
+            if (one["raw_copy"]["state"] != "whole") {
+                anyLost = true;
+                continue;
+            }
+            EXPECT_EQ(contentOf(exam + file), contentOf(reference + file)) << uid;
+            restored += one["image_file"]["state"] != "whole" ? 1 : 0;
+        }
+        EXPECT_EQ(repaired.code, anyLost ? 1 : 0) << repaired.out;
+        interrupted += found.code != 0 ? 1 : 0;
+        fs::remove_all(exam);
+    }
+    EXPECT_GT(interrupted, 2) << "the program was killed too early or too late";
+    EXPECT_GT(restored, 2);
+}
+
+}  // namespace

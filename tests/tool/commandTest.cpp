@@ -1,0 +1,395 @@
+// The built program with good files: pictures are upright and bright where they should be, and the results say so.
+#include <dcmtk/dcmdata/dcdatset.h>
+#include <dcmtk/dcmdata/dcdeftag.h>
+#include <dcmtk/dcmdata/dcvrobow.h>
+#include <gtest/gtest.h>
+#include <png.h>
+
+#include <cstring>
+#include <nlohmann/json.hpp>
+
+#include "dicomMaker.h"
+#include "qvr/image/CDib.h"
+#include "qvr/image/QVR_COMP.h"
+#include "support/pictures.h"
+#include "toolRun.h"
+
+namespace {
+
+using Json = nlohmann::json;
+
+struct Picture {
+    int width = 0, height = 0;
+    std::vector<int> greys;  // top row first
+    int at(int x, int y) const { return greys.at(static_cast<std::size_t>(y * width + x)); }
+};
+
+Picture readPng(const std::string& path) {
+    png_image image{};
+    image.version = PNG_IMAGE_VERSION;
+    if (!png_image_begin_read_from_file(&image, path.c_str())) throw std::runtime_error(image.message);
+    image.format = PNG_FORMAT_GRAY;
+    std::vector<std::uint8_t> bytes(PNG_IMAGE_SIZE(image));
+    if (!png_image_finish_read(&image, nullptr, bytes.data(), 0, nullptr))
+        throw std::runtime_error(image.message);
+    return {static_cast<int>(image.width), static_cast<int>(image.height), {bytes.begin(), bytes.end()}};
+}
+
+Picture readBmp(const std::string& path) {
+    CFile file;
+    CDib bitmap;
+    if (!file.Open(path.c_str(), CFile::modeRead) || !bitmap.Read(&file))
+        throw std::runtime_error("no bitmap");
+    Picture picture{bitmap.InfoHeader->biWidth, bitmap.InfoHeader->biHeight, {}};
+    const int stride = static_cast<int>(bitmap.ImageSize) / picture.height;
+    for (int y = 0; y < picture.height; ++y)
+        for (int x = 0; x < picture.width; ++x)
+            picture.greys.push_back(
+                bitmap.ColorTable[bitmap.Bits[(picture.height - 1 - y) * stride + x]].rgbGreen);
+    return picture;
+}
+
+Picture readPgm(const std::string& path) {
+    std::ifstream file(path, std::ios::binary);
+    std::string magic;
+    int largest = 0;
+    Picture picture;
+    file >> magic >> picture.width >> picture.height >> largest;
+    file.get();
+    if (magic != "P5" || largest != 255) throw std::runtime_error("no PGM");
+    for (int c = file.get(); c != EOF; c = file.get()) picture.greys.push_back(c);
+    return picture;
+}
+
+Picture readRaw(const std::string& path, int width, int height) {
+    std::vector<std::uint16_t> rows(static_cast<std::size_t>(width * height));
+    if (!QVR_COMP_ReadRAWFile(path.c_str(), width, height, rows.data()))
+        throw std::runtime_error("no raw file");
+    Picture picture{width, height, {}};
+    for (int y = height - 1; y >= 0; --y)
+        for (int x = 0; x < width; ++x)
+            picture.greys.push_back(rows[static_cast<std::size_t>(y * width + x)]);
+    return picture;
+}
+
+class CommandTest : public testing::Test {
+protected:
+    ToolResult run(std::vector<std::string> arguments) {
+        auto result = runTool(arguments);
+        EXPECT_EQ(result.code, 0) << result.err;
+        return result;
+    }
+    Json runJson(std::vector<std::string> arguments) {
+        arguments.push_back("--json");
+        return Json::parse(run(arguments).out);
+    }
+    std::string dicom(const std::string& name, const DicomSpec& spec = {}) {
+        return writeDicom(m_folder / name, spec);
+    }
+    Picture rendered(const std::string& file, std::vector<std::string> more = {}) {
+        std::vector<std::string> arguments = {"render", file, "-o", m_folder / "out.png", "--force"};
+        arguments.insert(arguments.end(), more.begin(), more.end());
+        run(arguments);
+        return readPng(m_folder / "out.png");
+    }
+
+    TemporaryFolder m_folder;
+};
+
+// What a file must look like whatever way it stores its pixels: bright above, dark below, brighter to the right.
+struct WayCase {
+    const char* name;
+    DicomSpec spec;
+    bool inverted;
+    int sourceBits;
+};
+
+DicomSpec with(const std::function<void(DicomSpec&)>& change) {
+    DicomSpec spec;
+    spec.words = topBright(spec.columns, spec.rows);
+    change(spec);
+    return spec;
+}
+// 4095 - value, 16 * value, …: the same picture in another form.
+void eachWord(DicomSpec& spec, const std::function<int(int)>& change) {
+    for (auto& word : spec.words) word = static_cast<std::uint16_t>(change(word));
+}
+DicomSpec compressed(E_TransferSyntax transfer) {
+    return with([transfer](DicomSpec& spec) { spec.transfer = transfer; });
+}
+
+class WayTest : public CommandTest, public testing::WithParamInterface<WayCase> {};
+
+TEST_P(WayTest, IsShownUprightWithBrightOnTop) {
+    const auto& test = GetParam();
+    const auto file = dicom("way.dcm", test.spec);
+    const auto picture = rendered(file, {"--window", test.sourceBits == 8 ? "128,256" : "2048,4096"});
+
+    ASSERT_EQ(picture.width, 96);
+    ASSERT_EQ(picture.height, 64);
+    // The linear table of window 2048/4096 (low 0, step 4177920 / 4097 = 1019): 3000 -> 186, 3095 -> 192, 100 -> 6.
+    if (test.sourceBits != 8) {
+        EXPECT_EQ(picture.at(0, 0), 186);
+        EXPECT_EQ(picture.at(95, 0), 192);
+        EXPECT_EQ(picture.at(0, 63), 6);
+    }
+    EXPECT_GT(picture.at(0, 31), picture.at(0, 32) + 100);
+
+    const auto json = runJson({"info", file});
+    EXPECT_EQ(json["inverted_on_import"], test.inverted);
+    EXPECT_EQ(json["source_bits"], test.sourceBits);
+    EXPECT_EQ(json["adopted_bits"], 14);
+    EXPECT_EQ(json["rows"], 64);
+    EXPECT_EQ(json["columns"], 96);
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    Ways, WayTest,
+    testing::Values(WayCase{"plain", with([](DicomSpec&) {}), false, 12},
+                    WayCase{"bigEndian", compressed(EXS_BigEndianExplicit), false, 12},
+                    WayCase{"implicit", compressed(EXS_LittleEndianImplicit), false, 12},
+                    WayCase{"deflated", compressed(EXS_DeflatedLittleEndianExplicit), false, 12},
+                    WayCase{"rle", compressed(EXS_RLELossless), false, 12},
+                    WayCase{"jpegLossless", compressed(EXS_JPEGProcess14SV1), false, 12},
+                    WayCase{"jpegLs", compressed(EXS_JPEGLSLossless), false, 12},
+                    WayCase{"monochrome1", with([](DicomSpec& spec) {
+                                spec.photometric = "MONOCHROME1";
+                                eachWord(spec, [](int v) { return 4095 - v; });
+                            }),
+                            true, 12},
+                    WayCase{"inverseShape", with([](DicomSpec& spec) {
+                                eachWord(spec, [](int v) { return 4095 - v; });
+                                spec.more = [](DcmDataset& set) {
+                                    set.putAndInsertString(DCM_PresentationLUTShape, "INVERSE");
+                                };
+                            }),
+                            true, 12},
+                    WayCase{"monochrome1AndInverseShape", with([](DicomSpec& spec) {
+                                spec.photometric = "MONOCHROME1";
+                                eachWord(spec, [](int v) { return 4095 - v; });
+                                spec.more = [](DcmDataset& set) {
+                                    set.putAndInsertString(DCM_PresentationLUTShape, "INVERSE");
+                                };
+                            }),
+                            true, 12},
+                    WayCase{"fallingSlope", with([](DicomSpec& spec) {
+                                eachWord(spec, [](int v) { return 4095 - v; });
+                                spec.more = [](DcmDataset& set) {
+                                    set.putAndInsertString(DCM_RescaleSlope, "-1");
+                                };
+                            }),
+                            true, 12},
+                    WayCase{"signed", with([](DicomSpec& spec) {
+                                spec.isSigned = true;
+                                eachWord(spec, [](int v) { return v - 2048; });
+                            }),
+                            false, 12},
+                    WayCase{"sixteenBits", with([](DicomSpec& spec) {
+                                spec.bitsStored = 16;
+                                spec.highBit = 15;
+                                eachWord(spec, [](int v) { return 4 * v + 3; });
+                            }),
+                            false, 16},
+                    WayCase{"highBit15", with([](DicomSpec& spec) {
+                                spec.highBit = 15;
+                                eachWord(spec, [](int v) { return v << 4 | 9; });
+                            }),
+                            false, 12},
+                    WayCase{"eightBits", with([](DicomSpec& spec) {
+                                spec.bitsAllocated = spec.bitsStored = 8;
+                                spec.highBit = 7;
+                                eachWord(spec, [](int v) { return v >> 4; });
+                            }),
+                            false, 8}),
+    nameOf);
+
+TEST_F(CommandTest, EveryFormatHoldsTheSamePicture) {
+    const auto file = dicom("a.dcm");
+    const auto render = [&](const std::string& name) {
+        run({"render", file, "-o", m_folder / name, "--size", "101x70", "--window", "2048,4096"});
+        return m_folder / name;
+    };
+    const Picture png = readPng(render("a.png"));
+    EXPECT_EQ(png.width, 101);
+    EXPECT_EQ(png.height, 70);
+    EXPECT_EQ(readBmp(render("a.bmp")).greys, png.greys);
+    EXPECT_EQ(readPgm(render("a.PGM")).greys, png.greys);
+    EXPECT_EQ(readRaw(render("a.raw"), 101, 70).greys, png.greys);
+    const auto piped = run({"render", file, "-o", "-", "--size", "101x70", "--window", "2048,4096"});
+    EXPECT_EQ(piped.out, contentOf(m_folder / "a.png"));
+}
+
+TEST_F(CommandTest, LetterboxAddsOnlyBlack) {
+    const auto file = dicom("a.dcm");
+    const Picture with = rendered(file, {"--size", "192x200", "--window", "2048,4096"});
+    const Picture without =
+        rendered(file, {"--size", "192x200", "--window", "2048,4096", "--letterbox", "off"});
+    EXPECT_EQ(with.height, 200);
+    EXPECT_EQ(without.width, 192);
+    ASSERT_EQ(without.height, 128);
+    for (int y = 0; y < 200; ++y)
+        ASSERT_EQ(with.at(7, y), y < 36 || y >= 164 ? 0 : without.at(7, y - 36)) << "row " << y;
+}
+
+TEST_F(CommandTest, ZoomShowsTheWantedPixelInTheMiddle) {
+    const auto file = dicom("a.dcm");
+    // 2:1 on a surface of 40 x 20: columns 39..58 and rows 26..35, each pixel twice.
+    const Picture picture =
+        rendered(file, {"--size", "40x20", "--zoom", "2:1", "--center", "49,30", "--window", "2048,4096"});
+    const Picture whole = rendered(file, {"--window", "2048,4096"});
+    for (int y = 0; y < 20; ++y)
+        for (int x = 0; x < 40; ++x)
+            ASSERT_EQ(picture.at(x, y), whole.at(39 + x / 2, 26 + y / 2)) << x << ' ' << y;
+    // Near a corner the view stays inside the picture.
+    const Picture corner =
+        rendered(file, {"--size", "40x20", "--zoom", "1:1", "--center", "95,0", "--window", "2048,4096"});
+    EXPECT_EQ(corner.at(39, 0), whole.at(95, 0));
+    EXPECT_EQ(corner.at(0, 19), whole.at(56, 19));
+    EXPECT_EQ(rendered(file, {"--zoom", "0.5"}).width, 48);
+}
+
+TEST_F(CommandTest, CurveChangesTheGreys) {
+    const auto file = dicom("a.dcm");
+    const auto grey = [&](const std::string& curve) {
+        return rendered(file, {"--window", "2048,4096", "--curve", curve}).at(0, 0);
+    };
+    EXPECT_EQ(grey("linear"), 186);
+    EXPECT_EQ(grey("power:2,5"), 136);  // 255 * (3000 / 4096)^2
+    EXPECT_GT(grey("log"), 186);
+    EXPECT_LT(grey("exp"), 186);
+    EXPECT_GT(grey("sigmoid:10,5"), 220);
+}
+
+TEST_F(CommandTest, StandardInputRawAndPgmShowTheSamePicture) {
+    const auto words = topBright(96, 64);
+    std::vector<std::uint16_t> bottomUp;
+    std::string pgm = "P5\n# a comment\n96 64\n4095\n";
+    for (int y = 63; y >= 0; --y)
+        bottomUp.insert(bottomUp.end(), words.begin() + 96 * y, words.begin() + 96 * (y + 1));
+    for (const auto word : words) pgm += {static_cast<char>(word >> 8), static_cast<char>(word & 0xff)};
+    const auto raw = m_folder.file("a.raw", bottomUp);
+    const auto expected = rendered(dicom("a.dcm"), {"--window", "auto"});
+    EXPECT_EQ(rendered(m_folder.file("a.pgm", pgm), {"--window", "auto"}).greys, expected.greys);
+    EXPECT_EQ(rendered(raw, {"--raw", "96x64:12", "--window", "auto"}).greys, expected.greys);
+    const auto piped = runTool({"render", "-", "-o", "-", "--window", "auto"}, {{}, m_folder / "a.dcm"});
+    EXPECT_EQ(piped.out, contentOf(m_folder / "out.png"));
+}
+
+TEST_F(CommandTest, FileWindowOfUnknownRepresentationIsRead) {
+    DicomSpec spec;
+    spec.photometric = "MONOCHROME1";
+    spec.bitsStored = 10;
+    spec.highBit = 9;
+    spec.more = [](DcmDataset& set) {
+        const auto unknown = [&set](const DcmTagKey& tag, const char* text) {
+            auto* element = new DcmOtherByteOtherWord(DcmTag(tag, EVR_UN));
+            element->putUint8Array(reinterpret_cast<const Uint8*>(text),
+                                   static_cast<unsigned long>(std::strlen(text)));
+            set.insert(element);
+        };
+        unknown(DCM_WindowCenter, "550 ");
+        unknown(DCM_WindowWidth, "1024");
+    };
+    const auto window = runJson({"info", dicom("un.dcm", spec)})["window"];
+    EXPECT_EQ(window,
+              (Json{{"source", "file"}, {"center", 474}, {"width", 1024}, {"low", -38}, {"high", 986}}));
+}
+
+TEST_F(CommandTest, WindowExplainsEveryAreaAndWritesTheHistogram) {
+    DicomSpec spec;
+    spec.columns = 200;
+    spec.rows = 150;
+    spec.words.assign(200 * 150, 10);  // dark, but for 120 x 100 pixels at (40, 20)
+    for (int y = 20; y < 120; ++y)
+        for (int x = 40; x < 160; ++x)
+            spec.words[static_cast<std::size_t>(200 * y + x)] = static_cast<std::uint16_t>(1000 + 7 * x + y);
+    const auto file = dicom("border.dcm", spec);
+    const auto csv = m_folder / "h.csv";
+    const auto json = runJson({"window", file, "--explain", "--roi", "60,40,80,60", "--histogram", csv});
+    EXPECT_EQ(json["collimation"]["region"], (Json{40, 20, 120, 100}));
+    EXPECT_EQ(json["region"]["steps"]["counted"], 4800);
+    EXPECT_EQ(json["whole"]["steps"]["pixels"], 30000);
+    EXPECT_EQ(json["window"], json["region"]["window"]);
+    const auto text = contentOf(csv);
+    EXPECT_EQ(text.substr(0, 20), "value,pixels\n1460,1\n");  // 1000 + 7 * 60 + 40
+
+    const auto asked = runTool({"render", file, "-o", m_folder / "b.png", "--window", "auto"});
+    EXPECT_NE(asked.err.find("60 % of the image is a dark border"), std::string::npos) << asked.err;
+    const auto found = runJson({"render", file, "-o", m_folder / "c.png", "--window", "auto:collimation"});
+    EXPECT_EQ(found["window"], json["collimation"]["window"]);
+}
+
+TEST_F(CommandTest, WarnsOnceAndGoesOn) {
+    const auto none = runTool({"render", dicom("a.dcm"), "-o", m_folder / "a.png", "--window", "300,0"});
+    EXPECT_EQ(none.code, 0);
+    EXPECT_NE(
+        none.err.find("a.dcm: window 300/0 counts as none (both values must be non-zero); automatic window "),
+        std::string::npos)
+        << none.err;
+    EXPECT_EQ(
+        runTool({"-q", "render", m_folder / "a.dcm", "-o", m_folder / "b.png", "--window", "300,0"}).err, "");
+
+    DicomSpec frames;
+    frames.words = topBright(96, 64);
+    const auto second = std::vector<std::uint16_t>(frames.words.size(), 7);
+    frames.words.insert(frames.words.end(), second.begin(), second.end());
+    frames.more = [](DcmDataset& set) { set.putAndInsertString(DCM_NumberOfFrames, "2"); };
+    const auto two = runTool({"info", dicom("frames.dcm", frames)});
+    EXPECT_NE(two.err.find("has 2 frames"), std::string::npos);
+    EXPECT_NE(two.out.find("100..3095"), std::string::npos) << two.out;
+}
+
+TEST_F(CommandTest, NewUidLiftsTheRefusal) {
+    DicomSpec spec;
+    spec.uid = "1.2/../x";
+    const auto file = dicom("uid.dcm", spec);
+    EXPECT_FALSE(runJson({"info", file})["uid_usable"].get<bool>());
+    const std::string uid = runJson({"render", file, "-o", m_folder / "a.png", "--new-uid"})["new_uid"];
+    EXPECT_EQ(uid.find_first_not_of("0123456789."), std::string::npos);
+    EXPECT_GT(uid.size(), 10u);
+}
+
+TEST_F(CommandTest, JsonHasTheKeysThatScriptsReadInTheirOrder) {
+    const auto file = dicom("a.dcm");
+    const auto text = run({"render", file, "-o", m_folder / "a.png", "--json", "--window", "2048,4096"}).out;
+    EXPECT_EQ(text.substr(0, text.find(",\"output\"")),
+              "{\"file\":\"" + file +
+                  "\",\"rows\":64,\"columns\":96,\"source_bits\":12,\"adopted_bits\":14,\"inverted_on_"
+                  "import\":false,"
+                  "\"window\":{\"source\":\"given\",\"center\":2048,\"width\":4096,\"low\":0,\"high\":4096},"
+                  "\"marks\":0");
+    EXPECT_NE(text.find(",\"result\":\"ok\"}\n"), std::string::npos);
+}
+
+TEST_F(CommandTest, ProgressIsALinePerFileOnStandardError) {
+    const auto file = dicom("a.dcm");
+    const auto lines = run({"info", "--progress", "auto", file, file}).err;
+    EXPECT_EQ(lines.find("[1/2] " + file + "   96 x 64  12 -> 14 bits  window "), 0u) << lines;
+    EXPECT_EQ(std::count(lines.begin(), lines.end(), '\n'), 2);
+    EXPECT_EQ(run({"info", file}).err, "");
+    EXPECT_EQ(run({"info", "-q", file, file}).err, "");
+    const auto json = Json::parse(run({"info", "--progress", "json", file}).err);
+    EXPECT_EQ(json["index"], 1);
+    EXPECT_EQ(json["result"], "ok");
+}
+
+TEST_F(CommandTest, LinkIsFollowedAndTheFilesModeKept) {
+    const auto real = m_folder.file("real.png", std::string("old"));
+    std::filesystem::permissions(real, std::filesystem::perms(0600));
+    std::filesystem::create_symlink(real, m_folder / "link.png");
+    run({"render", dicom("a.dcm"), "-o", m_folder / "link.png", "--force"});
+    EXPECT_TRUE(std::filesystem::is_symlink(m_folder / "link.png"));
+    EXPECT_EQ(readPng(real).width, 96);
+    EXPECT_EQ(std::filesystem::status(real).permissions(), std::filesystem::perms(0600));
+}
+
+TEST(Help, NamesTheVerbsOfThisBuildOnly) {
+    const auto help = runTool({"--help"});
+    EXPECT_EQ(help.code, 0);
+    EXPECT_EQ(help.err, "");
+    for (const char* verb : {"info", "window", "render"}) EXPECT_NE(help.out.find(verb), std::string::npos);
+    EXPECT_EQ(runTool({"--version"}).out, "qvr " QVR_VERSION "\n");
+    EXPECT_NE(runTool({"render", "--help"}).out.find("--letterbox"), std::string::npos);
+}
+
+}  // namespace

@@ -1,0 +1,292 @@
+// Exams on disk: what is written is what is reopened, room is made oldest first, and no exam file is trusted.
+#include <dcmtk/dcmdata/dcdatset.h>
+#include <dcmtk/dcmdata/dcdeftag.h>
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <filesystem>
+#include <nlohmann/json.hpp>
+
+#include "examMaker.h"
+#include "examTree.h"
+#include "support/pictures.h"
+#include "toolRun.h"
+
+namespace qvr::tool {
+namespace {
+
+namespace fs = std::filesystem;
+using Json = nlohmann::json;
+
+std::vector<std::uint8_t> bytesOf(const CDib* bitmap) {
+    if (!bitmap || !bitmap->Bits) return {};
+    return {bitmap->Bits, bitmap->Bits + bitmap->ImageSize};
+}
+
+// Everything that a screen shows of a series: display with marks, thumbnail, preview.
+struct Shown {
+    std::vector<std::uint32_t> screen;
+    std::vector<std::uint8_t> thumb, preview;
+    bool operator==(const Shown&) const = default;
+};
+
+Shown shown(dcmSeries& series, const RECT& display) {
+    CRasterDC surface(display.right, display.bottom);
+    series.DrawImage(&display, &surface);
+    Shown out{{}, bytesOf(series.GetThumb()), bytesOf(series.GetPreview())};
+    for (int y = 0; y < display.bottom; ++y) {
+        const auto* row = static_cast<const std::uint32_t*>(surface.GetRow(y));
+        out.screen.insert(out.screen.end(), row, row + display.right);
+    }
+    return out;
+}
+
+class ExamTest : public testing::Test {
+protected:
+    void add(ExamBuilder& builder, int number) {
+        Curve curve;
+        curve.type = number % 5;
+        curve.k = 3;
+        builder.add(recordsOf(number), picture(number), {"given", 900 * number, 4000, 0, 0}, curve);
+    }
+    dcmSeries* series(ExamBuilder& builder, int number) {
+        return builder.exam().GetStudy(0)->GetSeries(number - 1);
+    }
+    ToolResult run(const std::vector<std::string>& arguments, int code = 0) {
+        auto result = runTool(arguments);
+        EXPECT_EQ(result.code, code) << result.err;
+        return result;
+    }
+
+    TemporaryFolder m_temporary;
+    ExamFolder m_folder{m_temporary / "exam"};
+};
+
+TEST_F(ExamTest, ShowsTheSamePicturesWhenReopened) {
+    ExamBuilder builder(m_folder);
+    const RECT display = displayOf(builder.record());
+    std::vector<Shown> before;
+    for (int number = 1; number <= 7; ++number) {
+        add(builder, number);
+        before.push_back(shown(*series(builder, number), display));
+    }
+    CRasterDC surface(display.right, display.bottom);
+
+    // A user works on two of the resident images.
+    dcmSeries& windowed = *series(builder, 4);
+    ASSERT_TRUE(windowed.UpdateImage(2500, 2100, &surface));
+    rawImage& marked = *series(builder, 6)->GetDcmImage()->GetRawImage();
+    ASSERT_TRUE(marked.AddMark("L", &display, &surface));
+    ASSERT_TRUE(marked.AddMark("stehend", &display, &surface));
+    marked.InflateMark(0, &display, &surface);
+    marked.DeflateMark(1);
+    marked.SetMarkDISPLeftTop(1, {333, 444}, &display, &surface);
+    marked.SetMarkSelected(-1);
+    for (const std::size_t position : {3U, 5U}) {
+        const Shown now = shown(*series(builder, static_cast<int>(position) + 1), display);
+        EXPECT_FALSE(now == before[position]);
+        before[position] = now;
+    }
+    EXPECT_TRUE(builder.finish().empty());
+
+    ExamRecord record = m_folder.read();
+    EXPECT_EQ(toText(record), toText(builder.record()));
+    const auto images = imagesOf(record);
+    ASSERT_EQ(images.size(), 7U);
+    for (const auto& image : images) {
+        dcmExam exam;
+        reopenRecords(exam, record);
+        reopenImage(exam, m_folder, record, image, true, surface);
+        dcmSeries& again = *exam.GetStudy(0)->GetSeries(image.position);
+        const auto number = static_cast<std::size_t>(image.position);
+        const auto pixels = picture(image.position + 1).pixels;
+        const auto* read = again.GetDcmImage()->GetRawImage()->GetPixelData();
+        EXPECT_TRUE(std::equal(pixels.begin(), pixels.end(), read)) << image.uid();
+        EXPECT_STREQ(again.GetBodyPartExamined(), "HAND");
+        EXPECT_EQ(again.GetExposureIndex(), 301 + image.position);
+        EXPECT_EQ(again.GetDcmImage()->GetRawImage()->GetLUTType(), (image.position + 1) % 5);
+        EXPECT_EQ(again.GetDcmImage()->GetRawImage()->GetLUTParamK(), 3);
+        EXPECT_TRUE(shown(again, display) == before[number]) << image.uid();
+    }
+    EXPECT_EQ(images[5].image().marks.size(), 2U);
+}
+
+TEST_F(ExamTest, MakesRoomWithTheOldestImage) {
+    ExamBuilder builder(m_folder);
+    for (int number = 1; number <= 6; ++number) add(builder, number);
+    EXPECT_EQ(builder.exam().GetSeriesInRAMCount(), 5);
+    EXPECT_EQ(builder.exam().GetSeriesInRAM(0), series(builder, 2));
+    EXPECT_EQ(pixelsOf(m_folder.imageFile(uidOf(1))), picture(1).pixels);
+    EXPECT_FALSE(fs::exists(m_folder.imageFile(uidOf(6))));
+}
+
+TEST_F(ExamTest, TakesNoImageInWhenTheOldestCannotBeWritten) {
+    ExamBuilder builder(m_folder);
+    for (int number = 1; number <= 5; ++number) add(builder, number);
+    fs::create_directory(m_folder.imageFile(uidOf(1)));  // where the oldest image's file should go
+
+    EXPECT_THROW(add(builder, 6), StopFailure);
+
+    EXPECT_EQ(builder.exam().GetSeriesInRAMCount(), 5);
+    const auto* kept = series(builder, 1)->GetDcmImage()->GetRawImage()->GetPixelData();
+    ASSERT_NE(kept, nullptr);
+    EXPECT_EQ(std::vector<std::uint16_t>(kept, kept + 67 * 45), picture(1).pixels);
+    EXPECT_FALSE(fs::exists(m_folder.rawCopy(uidOf(6))));
+    EXPECT_EQ(builder.finish(), std::vector<std::string>{uidOf(1)});
+    ExamRecord record = m_folder.read();
+    EXPECT_EQ(imagesOf(record).size(), 5U);
+    EXPECT_FALSE(imagesOf(record)[0].image().imageFile);
+    EXPECT_TRUE(imagesOf(record)[1].image().imageFile);
+}
+
+TEST_F(ExamTest, ForgetsAnImageWhoseRawCopyCannotBeWritten) {
+    ExamBuilder builder(m_folder);
+    add(builder, 1);
+    fs::create_directory(m_folder.rawCopy(uidOf(2)));
+    EXPECT_THROW(add(builder, 2), StopFailure);
+    EXPECT_FALSE(builder.holds(uidOf(2)));
+    EXPECT_TRUE(builder.finish().empty());
+    ExamRecord record = m_folder.read();
+    EXPECT_EQ(imagesOf(record).size(), 1U);
+}
+
+TEST_F(ExamTest, NamesAnImageBeforeItsFilesAreThere) {
+    // The exam file is on disk when the raw copy is written: here that write finds a folder in its place.
+    ExamBuilder builder(m_folder);
+    fs::create_directories(m_folder.rawCopy(uidOf(1)));
+    std::string seen;
+    try {
+        add(builder, 1);
+    } catch (const StopFailure&) {
+        seen = contentOf(m_folder.examFile());
+    }
+    EXPECT_NE(seen.find(uidOf(1)), std::string::npos);
+}
+
+TEST_F(ExamTest, IsBuiltListedAndExportedAsRendered) {
+    const std::string source = m_temporary / "in";
+    fs::create_directories(source + "/deeper");
+    writeDicoms(source, 8);
+    fs::rename(source + "/f03.dcm", source + "/deeper/f03.dcm");
+    m_temporary.file("in/notes.txt", std::string("no image"));
+    m_temporary.file("in/DICOMDIR", std::string("directory of the medium"));
+    const auto built = run({"exam", "build", source, "-o", m_folder.path()});
+    EXPECT_EQ(built.out, m_folder.path() + "  8 images in 1 study\n");
+    EXPECT_NE(built.err.find("2 other files are left out"), std::string::npos) << built.err;
+
+    const auto list = run({"exam", "list", m_folder.path()});
+    EXPECT_EQ(std::count(list.out.begin(), list.out.end(), '\n'), 8);
+    run({"exam", "export", m_folder.path(), "-o", m_temporary / "png"});
+    run({"exam", "export", m_folder.path(), "-o", m_temporary / "raw", "--format", "raw"});
+    for (int number : {1, 3, 8}) {
+        const std::string name =
+            std::string(number == 3 ? "deeper/" : "") + "f0" + std::to_string(number) + ".dcm";
+        const std::string out = m_temporary / ("r" + std::to_string(number) + ".png");
+        run({"render", source + '/' + name, "-o", out, "-q"});
+        EXPECT_EQ(contentOf(out), contentOf(m_temporary / ("png/" + uidOf(number) + ".png")));
+        EXPECT_EQ(contentOf(m_folder.rawCopy(uidOf(number))),
+                  contentOf(m_temporary / ("raw/" + uidOf(number) + ".raw")));
+    }
+    // No work file and no temporary file stays behind.
+    run({"cache", "check", m_folder.path()});
+
+    const auto again = run({"exam", "build", source, "-o", m_folder.path()}, 6);
+    EXPECT_NE(again.err.find("--force"), std::string::npos);
+    fs::remove(source + "/f01.dcm");
+    const auto forced = run({"exam", "build", source, "-o", m_folder.path(), "--force"});
+    EXPECT_NE(forced.err.find("still in Cache: " + uidOf(1)), std::string::npos) << forced.err;
+    EXPECT_TRUE(fs::exists(m_folder.rawCopy(uidOf(1))));
+}
+
+TEST_F(ExamTest, ExportsDicomThatShowsTheSame) {
+    writeDicoms(m_temporary.path(), 1);
+    run({"exam", "build", m_temporary.path(), "-o", m_folder.path(), "--curve", "sigmoid:4,5", "--window",
+         "2000,900"});
+    run({"exam", "export", m_folder.path(), "-o", m_temporary / "out", "--format", "dcm"});
+    const std::string exported = m_temporary / ("out/" + uidOf(1) + ".dcm");
+    const auto info = Json::parse(run({"info", "--json", exported}).out);
+    EXPECT_NE(info["sop_instance_uid"], uidOf(1));
+    EXPECT_EQ(info["modality"], "DX");
+    EXPECT_EQ(info["file_windows"][0]["center"], 2000);
+    run({"exam", "build", m_temporary / "out", "-o", m_temporary / "exam2"});
+    ExamRecord second = ExamFolder(m_temporary / "exam2").read();
+    const std::string raw = contentOf(m_folder.rawCopy(uidOf(1)));
+    EXPECT_EQ(contentOf(ExamFolder(m_temporary / "exam2").rawCopy(imagesOf(second)[0].uid())), raw);
+}
+
+TEST_F(ExamTest, RefusesUidsFileByFile) {
+    const std::string source = m_temporary / "in";
+    fs::create_directory(source);
+    writeDicoms(source, 1);
+    fs::copy_file(source + "/f01.dcm", source + "/twice.dcm");
+    DicomSpec spec;
+    spec.uid = "1.2/../x";
+    writeDicom(source + "/slash.dcm", spec);
+    spec.uid = "";
+    writeDicom(source + "/without.dcm", spec);
+    const auto result = run({"exam", "build", source, "-o", m_folder.path(), "--progress", "never"}, 1);
+    EXPECT_EQ(result.err,
+              "qvr: " + source +
+                  "/slash.dcm: refused: SOP Instance UID \"1.2/../x\" contains \"/\", so it cannot name "
+                  "a file.\n     Use --new-uid.\nqvr: " +
+                  source +
+                  "/twice.dcm: refused: SOP Instance UID 1.2.3.1 is that "
+                  "of an image taken before.\n     Use --new-uid if it is another image.\nqvr: " +
+                  source +
+                  "/without.dcm: refused: its SOP Instance UID is missing, so its files have no name.\n     "
+                  "Use --new-uid."
+                  "\nqvr: 3 of 4 files failed: " +
+                  source + "/slash.dcm, " + source + "/twice.dcm, " + source + "/without.dcm.\n");
+    EXPECT_EQ(std::distance(fs::directory_iterator(m_folder.cache()), {}), 2);
+
+    ExamFolder second(m_temporary / "second");
+    run({"exam", "build", source, "-o", second.path(), "--new-uid"});
+    ExamRecord record = second.read();
+    EXPECT_EQ(imagesOf(record).size(), 4U);
+    EXPECT_EQ(imagesOf(record)[0].uid(), uidOf(1));
+}
+
+TEST_F(ExamTest, KeepsTextsOfOtherCharacterSets) {
+    DicomSpec spec;
+    spec.more = [](DcmDataset& set) {
+        set.putAndInsertString(DCM_SpecificCharacterSet, "ISO_IR 100");
+        set.putAndInsertString(DCM_PatientName, "M\xfcller^J\xf6rg");
+        set.putAndInsertString(DCM_StudyDate, "20240531");
+        set.putAndInsertString(DCM_StudyTime, "1430");
+        set.putAndInsertString(DCM_KVP, "59.6");
+        set.putAndInsertString(DCM_ImagerPixelSpacing, "0.143\\0.139");
+    };
+    writeDicom(m_temporary / "a.dcm", spec);
+    run({"exam", "build", m_temporary.path(), "-o", m_folder.path()});
+    const auto json = Json::parse(contentOf(m_folder.examFile()));
+    const auto& study = json["studies"][0];
+    EXPECT_EQ(study["patient_family_name"], "M\xc3\xbcller");
+    EXPECT_EQ(study["patient_given_name"], "J\xc3\xb6rg");
+    EXPECT_EQ(study["study_date_time"], "2024-05-31T14:30:00");
+    EXPECT_EQ(study["series"][0]["image"]["kvp"], 60);
+    EXPECT_EQ(study["series"][0]["image"]["pixel_spacing_um"], 139);
+}
+
+TEST_F(ExamTest, IsWholeAfterCtrlC) {
+    writeDicoms(m_temporary.path(), 30, 700, 600);
+    const pid_t child = fork();
+    ASSERT_GE(child, 0);
+    if (child == 0) {
+        dup2(open("/dev/null", O_WRONLY), 2);
+        dup2(open("/dev/null", O_WRONLY), 1);
+        execl(QVR_PROGRAM, "qvr", "exam", "build", m_temporary.path().c_str(), "-o", m_folder.path().c_str(),
+              static_cast<char*>(nullptr));
+        _exit(127);
+    }
+    while (!fs::exists(m_folder.rawCopy(uidOf(3)))) usleep(1000);
+    kill(child, SIGINT);
+    int status = 0;
+    waitpid(child, &status, 0);
+    ASSERT_TRUE(WIFEXITED(status));
+    EXPECT_EQ(WEXITSTATUS(status), 130);
+    const auto check = run({"cache", "check", m_folder.path()});
+    EXPECT_EQ(check.out.find("30 images"), std::string::npos);
+}
+
+}  // namespace
+}  // namespace qvr::tool

@@ -1,0 +1,282 @@
+// Marks of the tool: read from the command line, burned where they were seen, printed, and kept beside the image.
+#include <dcmtk/config/osconfig.h>
+#include <dcmtk/dcmdata/dcdeftag.h>
+#include <dcmtk/dcmdata/dcfilefo.h>
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <cmath>
+#include <cstdlib>
+#include <nlohmann/json.hpp>
+
+#include "dicomMaker.h"
+#include "markRequest.h"
+#include "support/pictures.h"
+#include "toolRun.h"
+
+namespace {
+
+using qvr::tool::MarkRequest;
+
+constexpr int kWidth = 501;
+constexpr int kHeight = 403;
+constexpr std::uint16_t kGround = 1000;
+constexpr std::uint16_t kBurned = 16383;
+
+struct MarkCase {
+    const char* name;
+    std::string typed;
+    std::optional<MarkRequest> read;
+};
+void PrintTo(const MarkCase& test, std::ostream* out) {
+    *out << test.name;
+}
+using Column = MarkRequest::Column;
+using Row = MarkRequest::Row;
+
+class MarkTextTest : public testing::TestWithParam<MarkCase> {};
+
+TEST_P(MarkTextTest, IsTextThenPlace) {
+    const auto& wanted = GetParam().read;
+    const auto found = qvr::tool::parseMark(GetParam().typed);
+    ASSERT_EQ(found.has_value(), wanted.has_value());
+    if (!wanted) return;
+    EXPECT_EQ(found->text, wanted->text);
+    EXPECT_EQ(found->corner, wanted->corner);
+    if (wanted->corner) return;
+    EXPECT_EQ(found->column, wanted->column);
+    EXPECT_EQ(found->row, wanted->row);
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    Texts, MarkTextTest,
+    testing::Values(MarkCase{"corner", "L@left,top", MarkRequest{"L", Column::left, Row::top, {}}},
+                    MarkCase{"middle", "AP@center,bottom",
+                             MarkRequest{"AP", Column::center, Row::bottom, {}}},
+                    MarkCase{"atInTheText", "a@b@right,top", MarkRequest{"a@b", Column::right, Row::top, {}}},
+                    MarkCase{"pixels", "L@12,300", MarkRequest{"L", {}, {}, CPoint{12, 300}}},
+                    MarkCase{"spacesStay", " L @left,top", MarkRequest{" L ", Column::left, Row::top, {}}},
+                    MarkCase{"turnedRound", "L@top,left", {}}, MarkCase{"oneWord", "L@left", {}},
+                    MarkCase{"threeNumbers", "L@1,2,3", {}}, MarkCase{"noPlace", "L", {}},
+                    MarkCase{"noText", "@left,top", {}}, MarkCase{"halfANumber", "L@1.5,2", {}}),
+    nameOf);
+
+TEST(MarkHeight, NeedsAUnit) {
+    const auto millimetres = qvr::tool::parseMarkHeight("7.5mm");
+    ASSERT_TRUE(millimetres);
+    EXPECT_TRUE(millimetres->isMillimetres);
+    EXPECT_EQ(millimetres->value, 7.5);
+    ASSERT_TRUE(qvr::tool::parseMarkHeight("120px"));
+    for (const char* text : {"120", "px", "-3px", "0mm", "8cm", "nanpx", ""})
+        EXPECT_FALSE(qvr::tool::parseMarkHeight(text)) << text;
+}
+
+// The part of a picture, top row first, that is bright.
+struct Trace {
+    int left = 1 << 30, top = 1 << 30, right = -1, bottom = -1;
+    double x = 0, y = 0;  // centre of gravity
+    int count = 0;
+};
+template <class Bright>
+Trace traceOf(int width, int height, Bright bright) {
+    Trace trace;
+    for (int y = 0; y < height; ++y)
+        for (int x = 0; x < width; ++x) {
+            if (!bright(x, y)) continue;
+            trace.left = std::min(trace.left, x);
+            trace.top = std::min(trace.top, y);
+            trace.right = std::max(trace.right, x);
+            trace.bottom = std::max(trace.bottom, y);
+            trace.x += x;
+            trace.y += y;
+            ++trace.count;
+        }
+    trace.x /= std::max(1, trace.count);
+    trace.y /= std::max(1, trace.count);
+    return trace;
+}
+
+class BurnTest : public testing::Test {
+protected:
+    BurnTest() {
+        DicomSpec spec;
+        spec.columns = kWidth;
+        spec.rows = kHeight;
+        spec.words.assign(static_cast<std::size_t>(kWidth) * kHeight, kGround);
+        spec.more = [](DcmDataset& set) {
+            set.putAndInsertString(DCM_ImagerPixelSpacing, "0.2\\0.2");
+            set.putAndInsertString(DCM_PatientName, "Nobody");
+            set.putAndInsertString(DCM_StudyInstanceUID, "1.2.3");
+            set.putAndInsertString(DCM_SeriesInstanceUID, "1.2.3.1");
+        };
+        m_source = writeDicom(m_folder / "source.dcm", spec);
+    }
+
+    ToolResult run(std::vector<std::string> arguments) {
+        arguments.insert(arguments.end(), {"--window", "2000,4000", "--force"});
+        const auto result = runTool(arguments);
+        EXPECT_EQ(result.code, 0) << result.err;
+        return result;
+    }
+    Trace burned(std::vector<std::string> more) {
+        const auto out = m_folder / "out.raw";
+        std::vector<std::string> arguments = {"burn", m_source, "-o", out};
+        arguments.insert(arguments.end(), more.begin(), more.end());
+        run(arguments);
+        m_pixels = pixelsOf(out);
+        EXPECT_EQ(m_pixels.size(), std::size_t{kWidth} * kHeight);
+        EXPECT_EQ(std::count(m_pixels.begin(), m_pixels.end(), kGround) +
+                      std::count(m_pixels.begin(), m_pixels.end(), kBurned),
+                  kWidth * kHeight);
+        return traceOf(kWidth, kHeight, [&](int x, int y) {
+            return m_pixels[static_cast<std::size_t>(kHeight - 1 - y) * kWidth +
+                            static_cast<std::size_t>(x)] == kBurned;
+        });
+    }
+
+    TemporaryFolder m_folder;
+    std::string m_source;
+    std::vector<std::uint16_t> m_pixels;
+};
+
+struct PlaceCase {
+    const char* name;
+    std::string place;
+    double x, y;  // share of the picture in which the centre of the letter lies
+};
+void PrintTo(const PlaceCase& test, std::ostream* out) {
+    *out << test.name;
+}
+class PlaceTest : public BurnTest, public testing::WithParamInterface<PlaceCase> {};
+
+// "L" has its stem on the left and its bar at the bottom: a mirrored or turned letter has its centre elsewhere.
+TEST_P(PlaceTest, HoldsAnUprightLetter) {
+    const auto& place = GetParam();
+    const auto trace = burned({"--mark", "L@" + place.place, "--mark-height", "60px"});
+    EXPECT_NEAR((trace.left + trace.right) / 2.0 / kWidth, place.x, 0.03);
+    EXPECT_NEAR((trace.top + trace.bottom) / 2.0 / kHeight, place.y, 0.03);
+    EXPECT_LT(trace.x, (trace.left + trace.right) / 2.0 - 2);
+    EXPECT_GT(trace.y, (trace.top + trace.bottom) / 2.0 + 2);
+}
+
+// The line is 60 high and lies 15 (ten of forty display pixels) from the edges.
+INSTANTIATE_TEST_SUITE_P(Places, PlaceTest,
+                         testing::Values(PlaceCase{"leftTop", "left,top", 45.0 / kWidth, 45.0 / kHeight},
+                                         PlaceCase{"rightTop", "right,top", 1 - 45.0 / kWidth,
+                                                   45.0 / kHeight},
+                                         PlaceCase{"centerBottom", "center,bottom", 0.5, 1 - 45.0 / kHeight},
+                                         PlaceCase{"pixels", "300,100", 330.0 / kWidth, 130.0 / kHeight}),
+                         nameOf);
+
+TEST_F(BurnTest, HeightIsThatInTheImage) {
+    // Capital letters of the stand-in for Arial are about 0.64 of the line; the exact share does not matter here.
+    const auto small = burned({"--mark", "L@left,top", "--mark-height", "50px"});
+    const auto large = burned({"--mark", "L@left,top", "--mark-height", "150px"});
+    const auto metric = burned({"--mark", "L@left,top", "--mark-height", "10mm"});  // at 0.2 mm: 50 pixels
+    EXPECT_NEAR(large.bottom - large.top, 3 * (small.bottom - small.top), 4);
+    EXPECT_NEAR(small.bottom - small.top, 0.64 * 50, 4);
+    EXPECT_EQ(metric.count, small.count);
+}
+
+TEST_F(BurnTest, ThreeMarksAreAllThere) {
+    const auto one = burned({"--mark", "L@left,top", "--mark-height", "40px"});
+    const auto three = burned({"--mark", "L@left,top", "--mark", "L@right,top", "--mark", "L@center,bottom",
+                               "--mark-height", "40px"});
+    EXPECT_EQ(three.count, 3 * one.count);
+}
+
+TEST_F(BurnTest, OverlappingMarksAreWarnedOf) {
+    const auto result =
+        run({"burn", m_source, "-o", m_folder / "out.raw", "--mark", "L@left,top", "--mark", "R@left,top"});
+    EXPECT_NE(result.err.find("\"L\" and \"R\" overlap"), std::string::npos) << result.err;
+}
+
+// The picture on screen and the burned pixels, both through the program. The screen shows 251 x 201 pixels.
+TEST_F(BurnTest, WhatIsSeenIsBurned) {
+    constexpr double perDisplayPixel = 501.0 / 251;
+    for (const std::string label : {"L", "\u0394\u0416", "\u05d0\u05d1", "\u5de6"}) {
+        for (const std::string place : {"left,top", "right,bottom", "211,97"}) {
+            const std::string mark = label + "@" + place;
+            const auto seenFile = m_folder / "seen.raw";
+            run({"render", m_source, "-o", seenFile, "--mark", mark, "--size", "251x202", "--letterbox",
+                 "off"});
+            const auto seen = pixelsOf(seenFile);
+            ASSERT_EQ(seen.size(), 251u * 201u);
+            const auto onScreen = traceOf(251, 201, [&](int x, int y) {
+                return seen[static_cast<std::size_t>(200 - y) * 251 + static_cast<std::size_t>(x)] > 200;
+            });
+            // 40 display pixels of a picture that is half as large.
+            const auto inPixels = burned({"--mark", mark, "--mark-height", "80px"});
+            ASSERT_GT(onScreen.count, 0) << mark;
+            EXPECT_NEAR(inPixels.x, onScreen.x * perDisplayPixel, 1.25 * perDisplayPixel) << mark;
+            EXPECT_NEAR(inPixels.y, onScreen.y * perDisplayPixel, 1.25 * perDisplayPixel) << mark;
+        }
+    }
+}
+
+TEST_F(BurnTest, PrintCarriesItsMarksAndTheSourceDoesNot) {
+    const auto before = contentOf(m_source);
+    const auto out = m_folder / "print.raw";
+    for (const std::string bits : {"12", "14"}) {
+        run({"print", m_source, "-o", out, "--bits", bits, "--region", "100,50,300,200", "--mark",
+             "L@left,top", "--mark-height", "60px"});
+        const auto printed = pixelsOf(out);
+        ASSERT_EQ(printed.size(), 300u * 200u);
+        const auto trace = traceOf(300, 200, [&](int x, int y) {
+            return printed[static_cast<std::size_t>(199 - y) * 300 + static_cast<std::size_t>(x)] == 255;
+        });
+        EXPECT_NEAR((trace.left + trace.right) / 2.0, 45, 4) << bits;
+        EXPECT_NEAR((trace.top + trace.bottom) / 2.0, 45, 4) << bits;
+    }
+    EXPECT_EQ(contentOf(m_source), before);
+}
+
+TEST_F(BurnTest, RenderedMarksHaveTheirGreenFrame) {
+    const auto out = m_folder / "seen.bmp";
+    run({"render", m_source, "-o", out, "--mark", "L@left,top"});
+    const auto bitmap = contentOf(out);
+    ASSERT_EQ(static_cast<unsigned char>(bitmap.at(28)), 24u);  // bits per pixel
+    const std::string green("\0\xff\0", 3);
+    EXPECT_NE(bitmap.find(green + green + green), std::string::npos);
+}
+
+std::string text(DcmItem& item, const DcmTagKey& tag) {
+    OFString value;
+    return item.findAndGetOFStringArray(tag, value).good() ? std::string(value.c_str()) : "(missing)";
+}
+
+TEST_F(BurnTest, BothWritesTwoFilesThatReferToTheSource) {
+    const auto out = m_folder / "both.dcm";
+    const auto result = run({"burn", m_source, "-o", out, "--marks", "both", "--mark", "\u5de6 L@100,60",
+                             "--json", "--mark-height", "40px"});
+    const auto json = nlohmann::json::parse(result.out);
+    EXPECT_EQ(json["marks"], 1);
+    EXPECT_EQ(json["mark_height"], 40);
+    DcmFileFormat image, state;
+    ASSERT_TRUE(image.loadFile(out.c_str()).good());
+    ASSERT_TRUE(state.loadFile((m_folder / "both-gsps.dcm").c_str()).good());
+    EXPECT_EQ(text(*image.getDataset(), DCM_BurnedInAnnotation), "YES");
+    EXPECT_EQ(text(*image.getDataset(), DCM_SOPInstanceUID), json["new_uid"]);
+    EXPECT_EQ(text(*state.getDataset(), DCM_StudyInstanceUID), "1.2.3");
+    EXPECT_EQ(text(*state.getDataset(), DCM_Modality), "PR");
+
+    DcmItem* item = nullptr;
+    ASSERT_TRUE(state.getDataset()->findAndGetSequenceItem(DCM_ReferencedSeriesSequence, item).good());
+    EXPECT_EQ(text(*item, DCM_SeriesInstanceUID), "1.2.3.1");
+    ASSERT_TRUE(item->findAndGetSequenceItem(DCM_ReferencedImageSequence, item).good());
+    EXPECT_EQ(text(*item, DCM_ReferencedSOPInstanceUID), "1.2.3.4");
+    ASSERT_TRUE(state.getDataset()->findAndGetSequenceItem(DCM_GraphicAnnotationSequence, item).good());
+    ASSERT_TRUE(item->findAndGetSequenceItem(DCM_TextObjectSequence, item).good());
+    EXPECT_EQ(text(*item, DCM_UnformattedTextValue), "\u5de6 L");
+    const auto box = json["mark_boxes"][0]["box"];
+    EXPECT_EQ(text(*item, DCM_BoundingBoxTopLeftHandCorner), "101\\61");
+    EXPECT_EQ(text(*item, DCM_BoundingBoxBottomRightHandCorner),
+              std::to_string(100 + box[2].get<int>()) + "\\" + std::to_string(60 + box[3].get<int>()));
+
+    if (std::system("command -v dcmpschk >/dev/null") != 0) GTEST_SKIP() << "dcmpschk is not installed";
+    const auto log = m_folder / "check.txt";
+    EXPECT_EQ(std::system(("dcmpschk " + (m_folder / "both-gsps.dcm") + " >" + log + " 2>&1").c_str()), 0);
+    EXPECT_NE(contentOf(log).find("Test passed"), std::string::npos) << contentOf(log);
+}
+
+}  // namespace

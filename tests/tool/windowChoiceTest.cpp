@@ -1,0 +1,276 @@
+// Which window is chosen, where regions lie, what counts as a dark border.
+#include "windowChoice.h"
+
+#include <fmt/format.h>
+#include <gtest/gtest.h>
+
+#include <random>
+
+#include "collimation.h"
+#include "histogramSteps.h"
+#include "qvr/toolkit/QVR_DISP.h"
+#include "support/pictures.h"
+
+namespace qvr::tool {
+namespace {
+
+// An adopted picture of `width` x `height` made from a function of column and y (downward).
+template <class ValueAt>
+AdoptedImage picture(int width, int height, ValueAt valueAt) {
+    SourceImage source;
+    source.columns = width;
+    source.rows = height;
+    for (int y = 0; y < height; ++y)
+        for (int x = 0; x < width; ++x) source.words.push_back(static_cast<std::uint16_t>(valueAt(x, y)));
+    return adopt(source, Adoption(source.format));
+}
+
+TEST(Region, BecomesAToolkitRectangleOfTheSamePixels) {
+    const auto image = picture(100, 80, [](int x, int y) { return 100 * y + x; });
+    const Region region{20, 10, 60, 55};
+    const auto corners = toolkitCorners(region, image.height);
+    EXPECT_EQ(corners.first, (CPoint{20, 70}));
+    EXPECT_EQ(corners.second, (CPoint{80, 15}));
+    // The pixel of the region's top left corner lies in the row below the upper bound.
+    EXPECT_EQ(image.pixels[static_cast<std::size_t>((corners.first.y - 1) * 100 + corners.first.x)],
+              100 * 10 + 20);
+    EXPECT_EQ(image.pixels[static_cast<std::size_t>(corners.second.y * 100 + corners.second.x - 1)],
+              100 * 64 + 79);
+}
+
+TEST(Region, IsFourNumbersInsideThePicture) {
+    EXPECT_EQ(parseRegion("1,2,3,4"), (Region{1, 2, 3, 4}));
+    for (const char* text :
+         {"", "1,2,3", "1,2,3,4,5", "1,2,0,4", "-1,2,3,4", "1,2,3,4 ", "a,2,3,4", "1,2,3,99999999999"})
+        EXPECT_FALSE(parseRegion(text)) << text;
+    EXPECT_TRUE(fitsInside({0, 0, 10, 10}, 10, 10));
+    EXPECT_FALSE(fitsInside({1, 0, 10, 10}, 10, 10));
+    EXPECT_FALSE(fitsInside({2147483000, 0, 2147483000, 10}, 10, 10));
+}
+
+TEST(WindowRequest, KnowsItsForms) {
+    using Kind = WindowRequest::Kind;
+    const std::pair<const char*, Kind> good[] = {
+        {"300,-20", Kind::given},          {"auto", Kind::automatic}, {"auto:collimation", Kind::collimation},
+        {"auto:roi=0,0,60,60", Kind::roi}, {"file", Kind::file},      {"file:2", Kind::file},
+        {"preset:bone", Kind::preset}};
+    for (const auto& [text, kind] : good) {
+        const auto request = parseWindow(text);
+        ASSERT_TRUE(request) << text;
+        EXPECT_EQ(request->kind, kind) << text;
+    }
+    EXPECT_EQ(parseWindow("300,-20")->width, -20);
+    EXPECT_EQ(parseWindow("file:2")->number, 2);
+    for (const char* text : {"", "300", "1,2,3", "1.5,2", "Auto", "auto:", "file:0", "file:x",
+                             "preset:", "preset:foot", "auto:roi=1,2"})
+        EXPECT_FALSE(parseWindow(text)) << text;
+}
+
+struct Chosen {
+    const char* name;
+    const char* request;
+    std::vector<StoredWindow> stored;
+    std::vector<const char*> views;
+    const char* source;
+    int center, width;
+};
+
+class ChoiceTest : public testing::TestWithParam<Chosen> {};
+
+// A picture with values 1000..2999, so that the automatic window is known to the library alone.
+TEST_P(ChoiceTest, TakesTheFirstThatHolds) {
+    const auto& test = GetParam();
+    SourceImage source;
+    source.file = "x";
+    source.columns = 200;
+    source.rows = 100;
+    source.bodyPart = "CHEST";
+    source.view = "PA";
+    source.windows = test.stored;
+    for (int i = 0; i < 20000; ++i) source.words.push_back(static_cast<std::uint16_t>(1000 + i % 2000));
+    const Adoption adoption(source.format);
+    const AdoptedImage image = adopt(source, adoption);
+    std::vector<ViewPreset> views;
+    for (const char* text : test.views) views.push_back(*parseViewPreset(text));
+    Common common;
+    common.quiet = true;
+    Console console(common);
+    const auto request = *test.request ? *parseWindow(test.request) : WindowRequest{};
+
+    const Window window = chooseWindow({source, adoption, image}, request, views, console);
+
+    EXPECT_EQ(window.source, test.source);
+    Chosen expected = test;
+    if (std::string_view(test.source) == "auto") {
+        int low = 0, high = 0;
+        ASSERT_TRUE(
+            QVR_DISP_AutoWL(low, high, image.width, image.height, image.pixels.data(), 14, 0.05f, 0.95f));
+        ASSERT_GT(high - low, 50);
+        expected.center = (low + high) / 2;
+        expected.width = high - low + 1;
+        EXPECT_EQ(window.low, low);
+        EXPECT_EQ(window.high, high);
+    }
+    EXPECT_EQ(window.center, expected.center);
+    EXPECT_EQ(window.width, expected.width);
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    Order, ChoiceTest,
+    testing::Values(
+        Chosen{"nothingGivesAuto", "", {}, {}, "auto", 0, 0},
+        Chosen{"theFilesOwn", "", {{1500, 600}}, {}, "file", 1500, 600},
+        Chosen{"theFilesOwnTouchesTheValues", "", {{500, 1001}}, {}, "file", 500, 1001},
+        Chosen{"theFilesOwnOutside", "", {{500, 900}}, {}, "auto", 0, 0},
+        Chosen{"theFilesOwnAbove", "", {{9000, 100}}, {}, "auto", 0, 0},
+        Chosen{"theFilesOwnIsNone", "", {{300, 0}}, {}, "auto", 0, 0},
+        Chosen{"viewBeforeFile", "", {{1500, 600}}, {"CHEST/PA=full"}, "preset:full", 8192, 16384},
+        Chosen{"bodyPartBeforeFile", "", {{1500, 600}}, {"CHEST=full"}, "preset:full", 8192, 16384},
+        Chosen{"anotherView", "", {{1500, 600}}, {"CHEST/LL=full", "HAND=bone"}, "file", 1500, 600},
+        Chosen{"givenBeforeAll", "700,80", {{1500, 600}}, {"CHEST=full"}, "given", 700, 80},
+        Chosen{"givenIsNone", "300,0", {{1500, 600}}, {}, "auto", 0, 0},
+        Chosen{"autoBeforeFile", "auto", {{1500, 600}}, {}, "auto", 0, 0},
+        Chosen{"secondOfTheFile", "file:2", {{1500, 600}, {2000, 50}}, {}, "file:2", 2000, 50},
+        Chosen{"noBorderIsTheWhole", "auto:collimation", {}, {}, "auto", 0, 0}),
+    nameOf);
+
+// Values that were stretched before they were stored: beside a dark part many values between two that occur do not.
+// The automatic window ends at the first value that few pixels have, 1300, and seven pixels of ten would be white.
+AdoptedImage withGaps() {
+    return picture(200, 200, [](int x, int y) {
+        const int i = (200 * y + x) * 7919 % 40000;  // strewn, so that no edge is dark
+        if (i < 12000) return 1000 + i % 200;
+        if (i < 12055) return i < 12045 ? 1250 : 1300;
+        return 2000 + 10 * (i % 800);
+    });
+}
+
+struct Unasked {
+    const char* name;
+    const char* request;
+    std::vector<StoredWindow> stored;
+    const char* source;
+};
+
+void PrintTo(const Unasked& test, std::ostream* out) {
+    *out << test.name;
+}
+
+class UnaskedWindowTest : public testing::TestWithParam<Unasked> {};
+
+TEST_P(UnaskedWindowTest, ShowsMostOfThePicture) {
+    const auto& test = GetParam();
+    const AdoptedImage image = withGaps();
+    int low = 0, high = 0;
+    ASSERT_TRUE(QVR_DISP_AutoWL(low, high, image.width, image.height, image.pixels.data(), 14, 0.05f, 0.95f));
+    ASSERT_GT(high - low, 50);
+    SourceImage source;
+    source.file = "x";
+    source.windows = test.stored;
+    const Adoption adoption(source.format);
+    Common common;
+    Console console(common);
+    testing::internal::CaptureStderr();
+    const auto request = *test.request ? *parseWindow(test.request) : WindowRequest{};
+    const Window window = chooseWindow({source, adoption, image}, request, {}, console);
+    const std::string said = testing::internal::GetCapturedStderr();
+
+    EXPECT_EQ(window.source, test.source);
+    const std::string both = fmt::format("{}/{}", window.center, window.width);
+    EXPECT_EQ(std::count(said.begin(), said.end(), '\n'), 1) << said;
+    EXPECT_NE(said.find(both), std::string::npos) << said;
+    if (std::string_view(test.source) == "auto") {
+        EXPECT_EQ(window.low, low);
+        EXPECT_EQ(window.high, high);
+        return;
+    }
+    // One pixel in a hundred below, one above, and the automatic window is named too.
+    auto sorted = image.pixels;
+    std::sort(sorted.begin(), sorted.end());
+    EXPECT_EQ(window.low, sorted[399]);
+    EXPECT_EQ(window.high, sorted[39599]);
+    if (test.stored.empty()) {
+        EXPECT_NE(said.find(fmt::format("{}/{}", (low + high) / 2, high - low + 1)), std::string::npos);
+    }
+}
+
+INSTANTIATE_TEST_SUITE_P(Gaps, UnaskedWindowTest,
+                         testing::Values(Unasked{"unasked", "", {}, "auto:percentile"},
+                                         Unasked{"fileWindowIsNone", "", {{300, 0}}, "auto:percentile"},
+                                         Unasked{"asked", "auto", {}, "auto"}),
+                         nameOf);
+
+TEST(AutomaticWindow, OfOneValueIsTheFullRange) {
+    SourceImage source;
+    source.columns = source.rows = 60;
+    source.words.assign(3600, 700);
+    const Adoption adoption(source.format);
+    const AdoptedImage image = adopt(source, adoption);
+    const auto window = automaticWindow({source, adoption, image}, "auto", std::nullopt);
+    EXPECT_EQ(window.center, 8192);
+    EXPECT_EQ(window.width, 16384);
+}
+
+// The steps are a second walk over the histogram: pictures of all kinds, each with its own holes and peaks.
+TEST(HistogramSteps, LeadToTheLibrarysBounds) {
+    std::mt19937 random(7);
+    int lower = 0, upper = 0, apart = 0, stopped = 0;
+    for (int round = 0; round < 300; ++round) {
+        const int peaks = 1 + static_cast<int>(random() % 4);
+        std::vector<std::pair<int, int>> centers;
+        for (int i = 0; i < peaks; ++i) centers.emplace_back(random() % 16384, 1 + random() % 1500);
+        const int step = round % 3 == 0 ? 4 : 1;
+        const auto image = picture(150, 120, [&](int, int) {
+            const auto& [center, spread] = centers[random() % centers.size()];
+            const int value =
+                center + static_cast<int>(random() % static_cast<unsigned>(spread)) - spread / 2;
+            return std::clamp(value / step * step, 0, 20000);
+        });
+        const auto steps = histogramSteps(countValues(image, {0, 0, 150, 120}), 150 * 120);
+        int low = 0, high = 0;
+        ASSERT_TRUE(QVR_DISP_AutoWL(low, high, 150, 120, image.pixels.data(), 14, 0.05f, 0.95f));
+        ASSERT_EQ(steps.low, low) << "round " << round;
+        ASSERT_EQ(steps.high, high) << "round " << round;
+        (steps.lowerHalf ? lower : upper) += 1;
+        apart += steps.farApart;
+        stopped += steps.stopped;
+    }
+    // Every branch was met.
+    EXPECT_GT(std::min({lower, upper, apart, stopped}), 10);
+}
+
+struct BorderCase {
+    const char* name;
+    Region inside;
+    int marker;  // side of a bright square in the border, at (2, 2)
+    int noise;   // of the border's values
+    std::optional<Region> found;
+};
+
+class CollimationTest : public testing::TestWithParam<BorderCase> {};
+
+TEST_P(CollimationTest, FindsTheAreaInsideTheDarkBorder) {
+    const auto& test = GetParam();
+    const auto image = picture(300, 200, [&](int x, int y) {
+        const auto& in = test.inside;
+        if (x >= in.left && x < in.left + in.width && y >= in.top && y < in.top + in.height)
+            return 3000 + 13 * x + 7 * y;
+        if (x >= 2 && x < 2 + test.marker && y >= 2 && y < 2 + test.marker) return 9000;
+        return 20 + (test.noise ? (x * 7919 + y * 104729) % test.noise : 0);
+    });
+    EXPECT_EQ(findCollimation(image), test.found);
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    Borders, CollimationTest,
+    testing::Values(BorderCase{"none", {0, 0, 300, 200}, 0, 0, Region{0, 0, 300, 200}},
+                    BorderCase{"allSides", {40, 20, 200, 150}, 0, 0, Region{40, 20, 200, 150}},
+                    BorderCase{"topOnly", {0, 60, 300, 140}, 0, 0, Region{0, 60, 300, 140}},
+                    BorderCase{"noise", {40, 20, 200, 150}, 0, 100, Region{40, 20, 200, 150}},
+                    BorderCase{"withMarker", {40, 20, 200, 150}, 10, 50, Region{40, 20, 200, 150}},
+                    BorderCase{"smallest", {100, 50, 51, 51}, 0, 0, Region{100, 50, 51, 51}},
+                    BorderCase{"tooSmall", {100, 50, 50, 60}, 0, 0, std::nullopt}),
+    nameOf);
+
+}  // namespace
+}  // namespace qvr::tool

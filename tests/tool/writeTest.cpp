@@ -1,0 +1,423 @@
+// What the verbs write: edited pixels against plain references, DICOM attributes, and pictures against DCMTK's own.
+#include <dcmtk/config/osconfig.h>
+#include <dcmtk/dcmdata/dcdeftag.h>
+#include <dcmtk/dcmdata/dcfilefo.h>
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <cstdlib>
+#include <nlohmann/json.hpp>
+
+#include "dicomAttributes.h"
+#include "dicomMaker.h"
+#include "dicomWriter.h"
+#include "editing.h"
+#include "printing.h"
+#include "support/pictures.h"
+#include "toolRun.h"
+
+namespace {
+
+using namespace qvr::tool;
+
+// A picture, top row first, with the obvious way of every edit.
+struct Plain {
+    int width;
+    int height;
+    std::vector<std::uint16_t> values;
+
+    std::uint16_t at(int x, int y) const {
+        return values.at(static_cast<std::size_t>(y) * static_cast<std::size_t>(width) +
+                         static_cast<std::size_t>(x));
+    }
+    template <class From>
+    Plain made(int newWidth, int newHeight, From from) const {
+        Plain out{newWidth, newHeight, {}};
+        for (int y = 0; y < newHeight; ++y)
+            for (int x = 0; x < newWidth; ++x) out.values.push_back(from(x, y));
+        return out;
+    }
+    Plain clockwise() const {
+        return made(height, width, [&](int x, int y) { return at(y, height - 1 - x); });
+    }
+    Plain mirrored() const {
+        return made(width, height, [&](int x, int y) { return at(width - 1 - x, y); });
+    }
+    Plain cropped(int left, int top, int w, int h) const {
+        return made(w, h, [&](int x, int y) { return at(left + x, top + y); });
+    }
+    Plain masked(int left, int top, int w, int h, std::uint16_t fill) const {
+        return made(width, height, [&](int x, int y) {
+            return x >= left && x < left + w && y >= top && y < top + h ? at(x, y) : fill;
+        });
+    }
+    Plain inverted() const {
+        return made(width, height,
+                    [&](int x, int y) { return static_cast<std::uint16_t>(16383 - at(x, y)); });
+    }
+};
+
+const Plain kSource{97, 61, ramp(97, 61)};
+
+struct EditCase {
+    const char* name;
+    std::vector<std::string> options;
+    Plain wanted;
+};
+void PrintTo(const EditCase& test, std::ostream* out) {
+    *out << test.name;
+}
+class EditTest : public testing::TestWithParam<EditCase> {};
+
+TEST_P(EditTest, EqualsThePlainWay) {
+    const TemporaryFolder folder;
+    DicomSpec spec;
+    spec.columns = kSource.width;
+    spec.rows = kSource.height;
+    spec.bitsStored = 14;
+    spec.highBit = 13;
+    spec.words = kSource.values;
+    std::vector<std::string> arguments = {"edit", writeDicom(folder / "in.dcm", spec), "-o",
+                                          folder / "out.raw"};
+    const auto& test = GetParam();
+    arguments.insert(arguments.end(), test.options.begin(), test.options.end());
+    const auto result = runTool(arguments);
+    ASSERT_EQ(result.code, 0) << result.err;
+    const auto found = pixelsOf(folder / "out.raw");
+    ASSERT_EQ(found.size(), test.wanted.values.size());
+    const auto topFirst = bottomRowFirst(std::span(found), test.wanted.width, test.wanted.height);
+    EXPECT_TRUE(samePicture(test.wanted.values, topFirst.data(), test.wanted.width, test.wanted.height));
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    Edits, EditTest,
+    testing::Values(EditCase{"clockwise", {"--rotate", "cw"}, kSource.clockwise()},
+                    EditCase{
+                        "counterClockwise", {"--rotate", "ccw"}, kSource.clockwise().clockwise().clockwise()},
+                    EditCase{"half", {"--rotate", "180"}, kSource.clockwise().clockwise()},
+                    EditCase{"mirror", {"--mirror"}, kSource.mirrored()},
+                    EditCase{"flip", {"--flip"}, kSource.clockwise().clockwise().mirrored()},
+                    EditCase{"crop", {"--crop", "3,5,40,20"}, kSource.cropped(3, 5, 40, 20)},
+                    EditCase{"mask", {"--mask", "3,5,40,20"}, kSource.masked(3, 5, 40, 20, 0)},
+                    EditCase{"whiteMask",
+                             {"--mask", "3,5,40,20", "--mask-fill", "white"},
+                             kSource.masked(3, 5, 40, 20, 16383)},
+                    EditCase{"invert", {"--invert"}, kSource.inverted()},
+                    EditCase{"turnThenCrop",
+                             {"--rotate", "cw", "--crop", "3,5,40,80"},
+                             kSource.clockwise().cropped(3, 5, 40, 80)},
+                    EditCase{"cropThenTurn",
+                             {"--crop", "3,5,40,20", "--rotate", "cw"},
+                             kSource.cropped(3, 5, 40, 20).clockwise()},
+                    EditCase{"whiteMaskThenInvert",
+                             {"--mask", "0,0,50,30", "--invert", "--mask-fill", "white"},
+                             kSource.masked(0, 0, 50, 30, 16383).inverted()},
+                    EditCase{"thereAndBackAndMirroredTwice",
+                             {"--rotate", "cw", "--mirror", "--mirror", "--rotate", "ccw", "--crop",
+                              "0,0,20,20", "--crop", "1,2,11,12"},
+                             kSource.cropped(1, 2, 11, 12)}),
+    nameOf);
+
+TEST(Orientation, FollowsTheTurns) {
+    using Kind = EditStep::Kind;
+    EXPECT_EQ(turnedOrientation("L\\F", Kind::clockwise), "H\\L");
+    EXPECT_EQ(turnedOrientation("L\\F", Kind::counterClockwise), "F\\R");
+    EXPECT_EQ(turnedOrientation("L\\F", Kind::halfTurn), "R\\H");
+    EXPECT_EQ(turnedOrientation("A\\FR", Kind::mirror), "P\\FR");
+    EXPECT_EQ(turnedOrientation("A\\FR", Kind::flip), "A\\HL");
+    EXPECT_EQ(turnedOrientation("L\\F", Kind::crop), "L\\F");
+    EXPECT_EQ(turnedOrientation("LE\\D", Kind::mirror), "");
+    EXPECT_EQ(turnedOrientation("", Kind::mirror), "");
+}
+
+TEST(Uids, AreNumbersAndDots) {
+    for (const char* good : {"1.2.3", "1", "1.0.3", "2.25.340282366920938463463374607431768211455"})
+        EXPECT_TRUE(isUid(good)) << good;
+    for (const char* bad : {"", ".1", "1.", "1..2", "1.02", "1.2/../x", "1.2a"})
+        EXPECT_FALSE(isUid(bad)) << bad;
+    EXPECT_FALSE(isUid(std::string(65, '1')));
+    EXPECT_TRUE(isUid(newUid()));
+}
+
+std::string value(DcmItem& set, const DcmTagKey& tag) {
+    OFString found;
+    return set.findAndGetOFStringArray(tag, found).good() ? std::string(found.c_str()) : "(missing)";
+}
+
+class DicomOutputTest : public testing::Test {
+protected:
+    // A 12-bit picture of a patient with an umlaut, in Latin-1.
+    std::string source(const std::string& name = "in.dcm", std::function<void(DcmDataset&)> more = {},
+                       E_TransferSyntax transfer = EXS_LittleEndianExplicit) {
+        DicomSpec spec;
+        spec.transfer = transfer;
+        spec.columns = 300;
+        spec.rows = 200;
+        spec.words = ramp(300, 200);
+        for (auto& word : spec.words) word &= 4095;
+        spec.more = [more](DcmDataset& set) {
+            set.putAndInsertString(DCM_SpecificCharacterSet, "ISO_IR 100");
+            set.putAndInsertString(DCM_PatientName, "M\xfcller^Eva");
+            set.putAndInsertString(DCM_PatientID, "4711");
+            set.putAndInsertString(DCM_StudyInstanceUID, "1.2.3.9");
+            set.putAndInsertString(DCM_SeriesInstanceUID, "1.2.3.9.1");
+            set.putAndInsertString(DCM_SeriesDescription, "hand");
+            set.putAndInsertString(DCM_ImagerPixelSpacing, "0.15\\0.1");
+            set.putAndInsertString(DCM_PatientOrientation, "L\\F");
+            set.putAndInsertString(DCM_ImageType, "ORIGINAL\\PRIMARY\\RIGHT");
+            set.putAndInsertString(DCM_KVP, "60");
+            set.putAndInsertString(DCM_ShutterShape, "RECTANGULAR");
+            if (more) more(set);
+        };
+        return ::writeDicom(m_folder / name, spec);
+    }
+    DcmDataset& edited(const std::string& file, std::vector<std::string> options) {
+        const auto out = m_folder / "out.dcm";
+        options.insert(options.begin(), {"edit", file, "-o", out, "--force"});
+        const auto result = runTool(options);
+        EXPECT_EQ(result.code, 0) << result.err;
+        EXPECT_TRUE(m_out.loadFile(out.c_str()).good());
+        return *m_out.getDataset();
+    }
+
+    TemporaryFolder m_folder;
+    DcmFileFormat m_out;
+};
+
+TEST_F(DicomOutputTest, DescribesTheNewPicture) {
+    auto& set = edited(source(), {"--rotate", "cw", "--window", "2000,3000"});
+    const std::pair<DcmTagKey, std::string> wanted[] = {
+        {DCM_PhotometricInterpretation, "MONOCHROME2"},
+        {DCM_Rows, "300"},
+        {DCM_Columns, "200"},
+        {DCM_BitsAllocated, "16"},
+        {DCM_BitsStored, "14"},
+        {DCM_HighBit, "13"},
+        {DCM_SpecificCharacterSet, "ISO_IR 192"},
+        {DCM_PatientName, "M\xc3\xbcller^Eva"},
+        {DCM_PatientID, "4711"},
+        {DCM_PatientBirthDate, ""},
+        {DCM_StudyInstanceUID, "1.2.3.9"},
+        {DCM_SeriesInstanceUID, "1.2.3.9.1"},
+        {DCM_SeriesDescription, "hand"},
+        {DCM_KVP, "60"},
+        {DCM_ImagerPixelSpacing, "0.1\\0.15"},
+        {DCM_PatientOrientation, "H\\L"},
+        {DCM_ImageType, "DERIVED\\PRIMARY\\RIGHT"},
+        {DCM_DerivationDescription, "rotated clockwise"},
+        {DCM_BurnedInAnnotation, "NO"},
+        {DCM_WindowCenter, "2000"},
+        {DCM_WindowWidth, "3000"},
+        {DCM_PresentationLUTShape, "IDENTITY"},
+        {DCM_PixelIntensityRelationshipSign, "-1"},
+        {DCM_SOPClassUID, "1.2.840.10008.5.1.4.1.1.1.1"},
+        {DCM_ShutterShape, "(missing)"},  // of pixels that are elsewhere now
+        {DCM_VOILUTSequence, "(missing)"}};
+    for (const auto& [tag, text] : wanted) EXPECT_EQ(value(set, tag), text) << DcmTag(tag).getTagName();
+    EXPECT_NE(value(set, DCM_SOPInstanceUID), "1.2.3.4");
+    DcmItem* item = nullptr;
+    ASSERT_TRUE(set.findAndGetSequenceItem(DCM_SourceImageSequence, item).good());
+    EXPECT_EQ(value(*item, DCM_ReferencedSOPInstanceUID), "1.2.3.4");
+}
+
+TEST_F(DicomOutputTest, KeepsWhatTheSourceSaysAboutItself) {
+    const auto file = source("old.dcm", [](DcmDataset& set) {
+        set.putAndInsertString(DCM_BurnedInAnnotation, "YES");
+        set.putAndInsertString(DCM_SOPInstanceUID, "1.2/../x");
+        set.putAndInsertString(DCM_SpecificCharacterSet, "");
+    });
+    auto& set = edited(file, {"--invert", "--window", "2000,3000"});
+    EXPECT_EQ(value(set, DCM_BurnedInAnnotation), "YES");
+    EXPECT_EQ(value(set, DCM_PixelIntensityRelationshipSign), "1");
+    EXPECT_EQ(value(set, DCM_WindowCenter), "14383");
+    EXPECT_EQ(value(set, DCM_PatientName), "M\xc3\xbcller^Eva");
+    EXPECT_FALSE(set.tagExists(DCM_SourceImageSequence));  // nothing valid to refer to
+}
+
+TEST_F(DicomOutputTest, LossyPixelsStayLossy) {
+    EXPECT_EQ(value(edited(source("lossy.dcm", {}, EXS_JPEGLSLossy), {"--flip"}), DCM_LossyImageCompression),
+              "01");
+    EXPECT_EQ(value(edited(source(), {"--flip"}), DCM_LossyImageCompression), "00");
+}
+
+TEST_F(DicomOutputTest, OtherFilesBecomeSecondaryCaptures) {
+    const auto pgm = m_folder.file("in.pgm", "P5 20 30 255\n" + std::string(600, 'x'));
+    auto& set = edited(pgm, {"--mirror", "--window", "120,100"});
+    EXPECT_EQ(value(set, DCM_SOPClassUID), "1.2.840.10008.5.1.4.1.1.7");
+    EXPECT_EQ(value(set, DCM_Modality), "OT");
+    EXPECT_EQ(value(set, DCM_PatientName), "");
+    EXPECT_TRUE(isUid(value(set, DCM_StudyInstanceUID)));
+}
+
+TEST_F(DicomOutputTest, UnchangedPixelsKeepTheirUid) {
+    auto dataset = std::make_shared<DcmDataset>();
+    dataset->putAndInsertString(DCM_SOPClassUID, "1.2.840.10008.5.1.4.1.1.1");
+    dataset->putAndInsertString(DCM_SOPInstanceUID, "1.2.3.4");
+    const auto pixels = ramp(20, 10);
+    DicomImage image;
+    image.width = 20;
+    image.height = 10;
+    image.pixels = pixels;
+    image.windowCenter = image.windowWidth = 500;
+    image.source = dataset;
+    image.pixelsChanged = false;
+    const auto file = encodeDicom(image);
+    EXPECT_EQ(file.sopInstanceUid, "1.2.3.4");
+    m_folder.file("same.dcm", std::string(file.bytes.begin(), file.bytes.end()));
+    ASSERT_TRUE(m_out.loadFile((m_folder / "same.dcm").c_str()).good());
+    EXPECT_EQ(value(*m_out.getDataset(), DCM_ImageType), "ORIGINAL\\PRIMARY");
+    const Uint16* words = nullptr;
+    ASSERT_TRUE(m_out.getDataset()->findAndGetUint16Array(DCM_PixelData, words).good());
+    EXPECT_TRUE(samePicture(bottomRowFirst(std::span(pixels), 20, 10), words, 20, 10));
+}
+
+struct ViewCase {
+    const char* name;
+    std::string window;
+    std::string curve;
+    int most;  // greys
+};
+void PrintTo(const ViewCase& test, std::ostream* out) {
+    *out << test.name;
+}
+class ViewerTest : public DicomOutputTest, public testing::WithParamInterface<ViewCase> {};
+
+// All values of 14 bits, shown by dcm2pnm and by the tool.
+TEST_P(ViewerTest, ShowsWhatIsRendered) {
+    if (std::system("command -v dcm2pnm >/dev/null") != 0) GTEST_SKIP() << "dcm2pnm is not installed";
+    const auto& view = GetParam();
+    DicomSpec spec;
+    spec.columns = spec.rows = 128;
+    spec.bitsStored = 14;
+    spec.highBit = 13;
+    spec.words.resize(16384);
+    for (std::size_t i = 0; i < spec.words.size(); ++i) spec.words[i] = static_cast<std::uint16_t>(i);
+    const auto file = ::writeDicom(m_folder / "all.dcm", spec);
+    edited(file, {"--rotate", "180", "--window", view.window, "--curve", view.curve});
+    const auto written = m_folder / "out.dcm";
+    const std::string which = view.curve == "linear" ? " +Wi 1 " : " +Wl 1 ";
+    ASSERT_EQ(std::system(("dcm2pnm +op" + which + written + " " + (m_folder / "theirs.pgm")).c_str()), 0);
+    const auto result =
+        runTool({"render", written, "-o", m_folder / "ours.pgm", "--window", "file", "--curve", view.curve});
+    ASSERT_EQ(result.code, 0) << result.err;
+    const auto theirs = contentOf(m_folder / "theirs.pgm");
+    const auto ours = contentOf(m_folder / "ours.pgm");
+    ASSERT_GE(std::min(theirs.size(), ours.size()), 16384u);
+    int most = 0;
+    for (std::size_t i = 1; i <= 16384; ++i)
+        most = std::max(most, std::abs(static_cast<unsigned char>(theirs[theirs.size() - i]) -
+                                       static_cast<unsigned char>(ours[ours.size() - i])));
+    RecordProperty("largest_difference", most);
+    EXPECT_LE(most, view.most);
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    Windows, ViewerTest,
+    testing::Values(ViewCase{"w255", "1000,255", "linear", 2}, ViewCase{"w256", "1000,256", "linear", 2},
+                    ViewCase{"w257", "9000,257", "linear", 2}, ViewCase{"w260", "300,260", "linear", 2},
+                    ViewCase{"w1000", "2000,1000", "linear", 2}, ViewCase{"w4096", "2048,4096", "linear", 2},
+                    ViewCase{"w4825", "4825,8546", "linear", 2},
+                    ViewCase{"w16383", "8192,16383", "linear", 2},
+                    ViewCase{"full", "8192,16384", "linear", 2}, ViewCase{"wide", "8192,30001", "linear", 2},
+                    ViewCase{"power", "3000,2000", "power:2,5", 1},
+                    ViewCase{"sigmoid", "8000,8000", "sigmoid:8,5", 1},
+                    ViewCase{"log", "8000,8000", "log", 1}, ViewCase{"exp", "8000,8000", "exp:3,5", 1}),
+    nameOf);
+
+TEST(Print, IsTheTableOfTheRegion) {
+    AdoptedImage image{97, 61, ramp(97, 61), 0, 0};
+    PrintJob job;
+    job.region = {10, 20, 33, 17};
+    job.window.center = 3000;
+    job.window.width = 2000;
+    const auto table = displayTable(3000, 2000, {});
+    const auto picture = print(image, 0, job, nullptr, "");
+    ASSERT_EQ(picture.width, 33);
+    ASSERT_EQ(picture.height, 17);
+    std::vector<std::uint8_t> wanted;
+    for (int y = 20; y < 37; ++y)
+        for (int x = 10; x < 43; ++x)
+            wanted.push_back(table[image.pixels[static_cast<std::size_t>((60 - y) * 97 + x)]]);
+    EXPECT_TRUE(samePicture(wanted, picture.pixels.data(), 33, 17));
+
+    // On a film of 100 x 51: 99 x 51 in the middle, every pixel three times three.
+    job.film = CSize{100, 51};
+    const auto film = print(image, 0, job, nullptr, "");
+    ASSERT_EQ(film.pixels.size(), 5100u);
+    for (int y = 0; y < 51; ++y)
+        for (int x = 0; x < 99; ++x)
+            ASSERT_EQ(film.pixels[static_cast<std::size_t>(y * 100 + x)],
+                      wanted[static_cast<std::size_t>(y / 3 * 33 + x / 3)])
+                << x << ',' << y;
+    EXPECT_EQ(film.pixels[99], 0);
+}
+
+TEST(Print, TwelveBitsOfFourteenLookTheSame) {
+    AdoptedImage image{64, 64, {}, 0, 0};
+    for (int i = 0; i < 4096; ++i) image.pixels.push_back(static_cast<std::uint16_t>(4 * i + 3));
+    PrintJob job;
+    job.region = {0, 0, 64, 64};
+    job.window.center = 8000;
+    job.window.width = 6000;
+    const auto fourteen = print(image, 0, job, nullptr, "");
+    job.bits = 12;
+    job.window.center = 2000;
+    job.window.width = 1500;
+    const auto twelve = print(image, 2, job, nullptr, "");
+    int most = 0;
+    for (std::size_t i = 0; i < 4096; ++i)
+        most = std::max(most, std::abs(fourteen.pixels[i] - twelve.pixels[i]));
+    EXPECT_LE(most, 1);
+}
+
+TEST(Film, HasASizeAndADensity) {
+    EXPECT_EQ(parseFilm("8x10in@300dpi"), (CSize{2400, 3000}));
+    EXPECT_EQ(parseFilm("35x43cm@100dpi"), (CSize{1378, 1693}));
+    EXPECT_EQ(parseFilm("254x127mm@10dpi"), (CSize{100, 50}));
+    EXPECT_EQ(parseFilm("8.5x11in@2dpi"), (CSize{17, 22}));
+    for (const char* text : {"", "8x10in", "8x10@300dpi", "8in@300dpi", "8x10in@300", "0x10in@300dpi",
+                             "-8x10in@300dpi", "8x10in@0dpi", "999x10in@300dpi", "axbin@3dpi", "8x10in@dpi"})
+        EXPECT_FALSE(parseFilm(text)) << text;
+}
+
+TEST_F(DicomOutputTest, ThumbnailAndPreviewHaveTheSizesOfASeries) {
+    const auto file = source();
+    const auto size = [&](std::vector<std::string> more) {
+        more.insert(more.begin(), {"thumb", file, "-o", m_folder / "out.png", "--force", "--json"});
+        const auto result = runTool(more);
+        EXPECT_EQ(result.code, 0) << result.err;
+        return nlohmann::json::parse(result.out)["output_size"].get<std::vector<int>>();
+    };
+    // 300 x 200 in 1000 x 800 is 1000 x 666.
+    EXPECT_EQ(size({}), (std::vector<int>{200, 133}));
+    EXPECT_EQ(size({"--preview"}), (std::vector<int>{600, 399}));  // the scale is rounded down
+}
+
+TEST(Lut, StandsNextToDicomsFunction) {
+    const auto result = runTool({"lut", "--window", "2000,1000", "-o", "-"});
+    ASSERT_EQ(result.code, 0) << result.err;
+    // Display and DICOM at the ends of the ramp and in its middle.
+    for (const char* row : {"\n1499,0,0,0.00,0\n", "\n1500,0,0,0.00,0\n", "\n2000,127,127,127.63,-1\n",
+                            "\n2500,254,254,255.00,-1\n", "\n2501,255,255,255.00,0\n", "\n16383,255,"})
+        EXPECT_NE(result.out.find(row), std::string::npos) << row;
+    EXPECT_EQ(std::count(result.out.begin(), result.out.end(), '\n'), 16385);
+    const auto sigmoid = runTool({"lut", "--window", "2000,1000", "--curve", "sigmoid", "-o", "-"});
+    EXPECT_NE(sigmoid.out.find("\n2000,127,127,127.50,-1\n"), std::string::npos);
+}
+
+TEST(StoredWindow, IsTheOtherWayOfTheAdoptedOne) {
+    const PixelFormat formats[] = {{12, 11, false, false, {}},
+                                   {12, 11, false, true, {}},
+                                   {16, 15, true, false, {}},
+                                   {16, 15, true, true, {}}};
+    for (const auto& format : formats) {
+        const Adoption adoption(format);
+        const auto stored = adoption.storedWindow(1200, 800);
+        const auto back = adoption.window(stored, 1, 0);
+        ASSERT_TRUE(back);
+        EXPECT_EQ(back->center, 1200);
+        EXPECT_EQ(back->width, 800);
+    }
+}
+
+}  // namespace

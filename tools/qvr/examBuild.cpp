@@ -1,0 +1,228 @@
+// One image after the other into the exam folder.
+#include "examBuild.h"
+
+#include <fmt/format.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <filesystem>
+
+#include "errors.h"
+#include "examTree.h"
+#include "safeFile.h"
+
+namespace qvr::tool {
+
+namespace fs = std::filesystem;
+
+namespace {
+
+[[noreturn]] void notBuilt(const ExamFolder& folder, const std::string& why, const std::string& advice) {
+    throw Failure(Exit::notWritten, folder.path(), "not built", why, advice);
+}
+
+std::string parentOf(const std::string& path) {
+    const auto parent = fs::path(path).parent_path();
+    return parent.empty() ? "." : parent.string();
+}
+
+// UIDs of the exam that is there; an exam file that cannot be read names none.
+std::set<std::string> namedIn(const ExamFolder& folder) {
+    std::set<std::string> uids;
+    try {
+        ExamRecord record = folder.read();
+        for (const auto& image : imagesOf(record)) uids.insert(image.uid());
+    } catch (const Failure&) {
+    }
+    return uids;
+}
+
+// The library only says that it failed.
+std::string whyNotWritten(const ExamFolder& folder, const PixelFileRecord& file) {
+    const double needed = static_cast<double>(file.bytes());
+    const double space = freeSpace(folder.cache());
+    if (space < needed)
+        return fmt::format("no space left (needs {}, {} free)", readableSize(needed), readableSize(space));
+    return fmt::format("the write of {} failed, or memory is short", readableSize(needed));
+}
+
+}  // namespace
+
+ExamBuilder::ExamBuilder(ExamFolder folder) : m_folder(std::move(folder)) {}
+
+std::set<std::string> ExamBuilder::checkFolder(bool force) const {
+    std::error_code error;
+    const auto status = fs::status(m_folder.path(), error);
+    if (status.type() == fs::file_type::not_found) {
+        const std::string parent = parentOf(m_folder.path());
+        if (!fs::is_directory(parent, error))
+            notBuilt(m_folder, fmt::format("there is no folder {}", parent), "Make it first.");
+        if (access(parent.c_str(), W_OK) != 0)
+            notBuilt(m_folder, fmt::format("nothing may be written into the folder {}", parent),
+                     "Check its permissions.");
+        return {};
+    }
+    if (status.type() != fs::file_type::directory) notBuilt(m_folder, "it is no folder", "Name another one.");
+    if (access(m_folder.path().c_str(), W_OK) != 0)
+        notBuilt(m_folder, "nothing may be written into it", "Check its permissions.");
+    if (!force && (m_folder.hasExamFile() || !m_folder.cacheNames().empty()))
+        throw Failure(Exit::refused, m_folder.path(), "not built", "it holds an exam already",
+                      "Use --force to replace it.");
+    return m_folder.hasExamFile() ? namedIn(m_folder) : std::set<std::string>();
+}
+
+void ExamBuilder::checkImage(const QVR_ST_IMAGE& image) const {
+    const std::string uid = image.SOPInstanceUID.GetString();
+    if (const auto reason = unusableInExam(uid); !reason.empty())
+        throw Failure(Exit::refused, "", "refused",
+                      uid.empty()
+                          ? "its SOP Instance UID is missing, so its files have no name"
+                          : fmt::format("SOP Instance UID \"{}\" {}, so it cannot name a file", uid, reason),
+                      "Use --new-uid.");
+    if (holds(uid))
+        throw Failure(Exit::refused, "", "refused",
+                      fmt::format("SOP Instance UID {} is that of an image taken before", uid),
+                      "Use --new-uid if it is another image.");
+    const auto fitted = [](int side, int other, int display) { return std::int64_t{display} * side / other; };
+    if (fitted(image.Width, image.Height, m_record.display.cy) < 1 ||
+        fitted(image.Height, image.Width, m_record.display.cx) < 1)
+        throw Failure(
+            Exit::unsupported, "", "refused",
+            fmt::format("{} x {} pixels, fitted into {} x {}, would be less than one pixel wide or high",
+                        image.Width, image.Height, m_record.display.cx, m_record.display.cy));
+}
+
+ImageRecord& ExamBuilder::recordOf(const dcmSeries* series) {
+    const auto images = imagesOf(m_record);
+    const auto found = std::find_if(images.begin(), images.end(), [&](const ExamImage& image) {
+        return m_series.at(image.uid()) == series;
+    });
+    return found->image();
+}
+
+void ExamBuilder::takeStates() {
+    for (const auto& image : imagesOf(m_record))
+        if (auto* series = m_series.at(image.uid())) takeState(*series, image.image());
+}
+
+// False when the image file cannot be written; the image is resident then as before.
+bool ExamBuilder::writeOut(dcmSeries* series) {
+    ImageRecord& image = recordOf(series);
+    const rawImage& raw = *series->GetDcmImage()->GetRawImage();
+    PixelFileRecord file{raw.GetWidth(), raw.GetHeight(), 0};
+    if (!raw.GetPixelData()) return false;
+    file.checksum = checksumOf(raw.GetPixelData(), file.bytes() / 2);
+    if (!m_exam.WriteSeriesToHDD(series)) return false;
+    image.imageFile = file;
+    image.attributes.Width = file.columns;
+    image.attributes.Height = file.rows;
+    return true;
+}
+
+// The library would write out the newest image and take the new one whatever becomes of that write.
+void ExamBuilder::makeRoom() {
+    while (m_exam.IsRAMFull()) {
+        dcmSeries* oldest = m_exam.GetSeriesInRAM(0);
+        if (writeOut(oldest)) continue;
+        const std::string uid = recordOf(oldest).attributes.SOPInstanceUID.GetString();
+        throw StopFailure(
+            Exit::notWritten, m_folder.imageFile(uid), "not written",
+            whyNotWritten(m_folder, recordOf(oldest).rawCopy) + "; no further image is taken in",
+            fmt::format("Then use qvr cache check {} --repair.", m_folder.path()));
+    }
+}
+
+int ExamBuilder::studyFor(const DicomRecords& records) {
+    const std::string uid = records.study.StudyInstanceUID.GetString();
+    for (std::size_t i = 0; i < m_record.studies.size(); ++i) {
+        const auto& study = m_record.studies[i];
+        if (study.modality == records.kind && uid == study.attributes.StudyInstanceUID.GetString())
+            return static_cast<int>(i);
+    }
+    if (!m_exam.CreateStudy(&records.study, records.kind))
+        throw StopFailure(Exit::internal, m_folder.path(), "not built", "there is not enough memory");
+    m_record.studies.push_back({records.study, records.kind, {}});
+    return m_exam.GetStudyCount() - 1;
+}
+
+void ExamBuilder::create(int study, const SeriesRecord& series, const std::uint16_t* pixels) {
+    const std::string uid = series.image.attributes.SOPInstanceUID.GetString();
+    QVR_ST_IMAGE image = series.image.attributes;
+    image.PixelData = pixels;
+    const RECT display = displayOf(m_record);
+    dcmSeries* made = m_exam.CreateSeries(study, &series.attributes);
+    const int position = m_exam.GetStudy(study)->GetSeriesCount() - 1;
+    if (made && m_exam.CreateImage(study, position, &image, m_folder.path().c_str(), &display, &m_surface)) {
+        m_series[uid] = made;
+        restoreState(*made, series.image, display, m_surface);
+        return;
+    }
+    // What was begun goes, so that no half file stays behind a name that the exam file does not know.
+    std::error_code error;
+    fs::remove(m_folder.rawCopy(uid), error);
+    m_series.erase(uid);
+    m_record.studies[static_cast<std::size_t>(study)].series.pop_back();
+    throw StopFailure(Exit::notWritten, m_folder.rawCopy(uid), "not written",
+                      whyNotWritten(m_folder, series.image.rawCopy), "The images taken before are kept.");
+}
+
+void ExamBuilder::add(DicomRecords records, const AdoptedImage& image, const Window& window,
+                      const Curve& curve) {
+    auto& attributes = records.image;
+    attributes.Width = attributes.BAKWidth = image.width;
+    attributes.Height = attributes.BAKHeight = image.height;
+    attributes.BitsStored = kAdoptedBits;
+    attributes.HighBit = kAdoptedBits - 1;
+    attributes.WindowCenter = window.center;
+    attributes.WindowWidth = window.width;
+    checkImage(attributes);
+
+    if (!m_begun) {
+        std::error_code error;
+        m_fresh = fs::create_directory(m_folder.path(), error);
+        if (error)
+            throw StopFailure(Exit::notWritten, m_folder.path(), "not built", error.message(),
+                              "Nothing was changed.");
+        m_begun = true;
+    }
+    makeRoom();
+    const int study = studyFor(records);
+    SeriesRecord series{records.series,
+                        {attributes, records.exposureIndex, curve.type, curve.k, curve.c, {}, {}, {}}};
+    series.image.rawCopy = {image.width, image.height, checksumOf(image.pixels.data(), image.pixels.size())};
+    m_record.studies[static_cast<std::size_t>(study)].series.push_back(series);
+    m_series[attributes.SOPInstanceUID.GetString()] = nullptr;
+    takeStates();
+    try {
+        m_folder.write(m_record);
+    } catch (const Failure& failure) {
+        m_series.erase(attributes.SOPInstanceUID.GetString());
+        m_record.studies[static_cast<std::size_t>(study)].series.pop_back();
+        throw StopFailure(failure);
+    }
+    create(study, series, image.pixels.data());
+}
+
+std::vector<std::string> ExamBuilder::finish() {
+    if (!m_begun) return {};
+    std::vector<std::string> left;
+    takeStates();
+    for (int position = 0; position < m_exam.GetSeriesInRAMCount();) {
+        dcmSeries* series = m_exam.GetSeriesInRAM(position);
+        if (writeOut(series)) continue;
+        left.push_back(recordOf(series).attributes.SOPInstanceUID.GetString());
+        ++position;
+    }
+    if (m_fresh && m_series.empty()) {
+        // Nothing was taken in, so nothing stays; what is not empty is not removed.
+        std::error_code error;
+        fs::remove(m_folder.examFile(), error);
+        fs::remove(m_folder.cache(), error);
+        fs::remove(m_folder.path(), error);
+        return left;
+    }
+    m_folder.write(m_record);
+    return left;
+}
+
+}  // namespace qvr::tool
