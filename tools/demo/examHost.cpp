@@ -7,6 +7,7 @@
 
 #include "tools/demo/bitmaps.h"
 #include "tools/demo/check.h"
+#include "tools/qvr/examFolder.h"
 
 namespace qvr {
 namespace {
@@ -151,6 +152,7 @@ void ExamHost::acquire(int position) {
     record.HighBit = 13;
     record.PixelData = exposure.pixels.data();
 
+    writeBook(position, record);
     const Stopwatch stopwatch;
     dcmImage* image = m_exam.CreateImage(0, position, &record, m_folder.c_str(), &m_window, surface());
     require(image != nullptr,
@@ -170,6 +172,28 @@ void ExamHost::acquire(int position) {
     tell(exposure.name + " acquired",
          windowText(*image) + ", thumbnail " + sizeText(*series(position).GetThumb()) +
              (preview ? ", preview " + sizeText(*preview) : ", no preview") + ", " + spent);
+}
+
+// Before the image's files come into being: whenever the process ends, every file in the cache has its entry.
+void ExamHost::writeBook(int position, const QVR_ST_IMAGE& record) {
+    if (m_book.studies.empty()) m_book.studies.emplace_back();
+    tool::SeriesRecord entry;
+    entry.attributes.SeriesInstanceUID = series(position).GetSeriesInstanceUID();
+    entry.attributes.SeriesNumber = position + 1;
+    entry.attributes.SeriesDateTime = record.ContentDateTime;
+    entry.image.attributes = record;
+    entry.image.attributes.PixelData = nullptr;
+    const auto count = static_cast<std::size_t>(record.Width) * static_cast<std::size_t>(record.Height);
+    entry.image.rawCopy = {record.Width, record.Height, tool::checksumOf(record.PixelData, count)};
+    m_book.studies.front().series.push_back(std::move(entry));
+    tool::ExamFolder(m_folder.string()).write(m_book);
+}
+
+void ExamHost::strikeFromBook(int position) {
+    std::erase_if(m_book.studies.front().series, [&](const tool::SeriesRecord& entry) {
+        return entry.image.attributes.SOPInstanceUID == uid(position).c_str();
+    });
+    tool::ExamFolder(m_folder.string()).write(m_book);
 }
 
 void ExamHost::checkRawCopy(int position) {
@@ -215,6 +239,7 @@ void ExamHost::reject(int position) {
     const std::string imageFile = series(position).GetImageFilePath();
     const std::string rawCopy = series(position).GetImageBAKFilePath();
     require(m_exam.RejectImage(0, position), sample(position).name + ": could not be rejected");
+    strikeFromBook(position);
     m_residency.left(position);
     require(!series(position).IsImageExist(), sample(position).name + ": is still there after its rejection");
     for (const auto& file : {imageFile, rawCopy}) {

@@ -12,6 +12,7 @@
 #include "tools/demo/residency.h"
 #include "tools/demo/sample.h"
 #include "tools/demo/screen.h"
+#include "tools/qvr/examFile.h"
 
 namespace qvr {
 
@@ -64,12 +65,15 @@ private:
     void checkRawCopy(int position);
     void checkPictures(int position);
     void checkProtocolShown(int position);
+    void writeBook(int position, const QVR_ST_IMAGE& record);
+    void strikeFromBook(int position);
 
     std::filesystem::path m_folder;
     const std::vector<Sample>& m_samples;
     ContactSheet& m_sheet;
     dcmExam m_exam;
     Residency m_residency;
+    tool::ExamRecord m_book;  // what the folder's exam file says
     Screen m_screen;
     RECT m_window;
 };
