@@ -54,7 +54,10 @@ public:
     }
     std::vector<std::uint16_t> pixels(std::size_t count) {
         std::vector<std::uint16_t> values(count);
-        for (auto& value : values) value = take<std::uint16_t>();
+        const std::size_t bytes = std::min(2 * count, m_left);
+        if (bytes > 0) std::memcpy(values.data(), m_data, bytes);
+        m_data += bytes;
+        m_left -= bytes;
         return values;
     }
 
