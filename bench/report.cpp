@@ -9,6 +9,7 @@
 #include <string>
 
 #include "bench/sample.h"
+#include "qvr/platform/detail/processor.h"
 
 namespace bench {
 
@@ -21,18 +22,6 @@ std::string processor() {
         if (line.rfind("model name", 0) == 0) return line.substr(line.find(':') + 2);
     utsname system{};
     return uname(&system) == 0 ? system.machine : "unknown";
-}
-
-// The widest vectors that plain loops are compiled for and this processor has.
-const char* vectors() {
-#if defined(__x86_64__)
-    if (__builtin_cpu_supports("avx512vbmi2")) return "AVX-512 with VBMI2";
-    if (__builtin_cpu_supports("avx512bw")) return "AVX-512";
-    if (__builtin_cpu_supports("avx2")) return "AVX2";
-    return "SSE2";
-#else
-    return "the compiler's own";
-#endif
 }
 
 std::string date() {
@@ -57,7 +46,7 @@ void printNumber(double value, int width, int decimals) {
 }  // namespace
 
 void printHead(const Report& report) {
-    std::printf("processor  %s, %s; one thread\n", processor().c_str(), vectors());
+    std::printf("processor  %s, %s; one thread\n", processor().c_str(), qvr::processorLevel());
     std::printf("compiler   %s, %s\n", QVR_COMPILER, QVR_BUILD_TYPE);
     std::printf("date       %s\n", date().c_str());
     std::printf(
@@ -126,7 +115,7 @@ bool writeJson(const Report& report, const std::string& path) {
         scaling.push_back({{"kernel", kernel.kernel},
                            {"sides", kernel.sides},
                            {"nanosecondsPerPixel", kernel.nanosecondsPerPixel}});
-    const json all{{"processor", processor()}, {"vectors", vectors()},
+    const json all{{"processor", processor()}, {"vectors", qvr::processorLevel()},
                    {"compiler", QVR_COMPILER}, {"buildType", QVR_BUILD_TYPE},
                    {"date", date()},           {"rows", rows},
                    {"notes", notes},           {"scaling", scaling}};

@@ -9,6 +9,7 @@
 #include "qvr/image/detail/blockSums.h"
 #include "qvr/image/detail/greyRow.h"
 #include "qvr/image/detail/printConversion.h"
+#include "qvr/platform/detail/processor.h"
 #include "reference/blockMeans.h"
 
 namespace {
@@ -78,13 +79,13 @@ TEST(GreySteps, AgreeWithTheTableForEveryValue) {
         const std::span<const std::uint8_t> table(
             shades.table.data(), round % 2 ? shades.table.size() : std::size_t{qvr::kTable12Bits});
         const auto steps = qvr::greySteps(table);
-        if (!steps || !qvr::avx512::looksUp()) continue;
+        if (!steps || !qvr::hasAvx512Permutes()) continue;
         ++stepped;
         qvr::greyRow(all.data(), all.size(), {table}, expected.data(), qvr::CodePath::plain);
         qvr::greyRow(all.data(), all.size(), {table, nullptr, &*steps}, actual.data());
         ASSERT_TRUE(same(expected, actual)) << "round " << round;
     }
-    if (qvr::avx512::looksUp()) {
+    if (qvr::hasAvx512Permutes()) {
         EXPECT_GT(stepped, 500);
     }
 }

@@ -3,6 +3,7 @@
 
 #include "qvr/image/detail/blockSumsAvx512.h"
 #include "qvr/platform/detail/clones.h"
+#include "qvr/platform/detail/processor.h"
 
 namespace qvr {
 
@@ -65,7 +66,7 @@ void prefetch(const BlockRows& rows, std::int64_t width) {
     const std::uint16_t* const next = rows.values + rows.ahead * rows.stride;
     for (std::int64_t row = 0; row < rows.count; ++row)
         for (std::int64_t column = 0; column < width; column += 32)
-            __builtin_prefetch(next + row * rows.stride + column, 0, 3);
+            __builtin_prefetch(next + row * rows.stride + column, 0, 2);
 }
 
 // Then the columns of every block. A length that the compiler knows unrolls the inner loop: a fifth of the time of the
@@ -114,8 +115,7 @@ QVR_CLONES void addColumns(const std::uint16_t* row, const std::int32_t* first, 
 }
 
 bool compresses(const BlockColumns& columns, CodePath path) {
-    static const bool can = avx512::available();
-    return can && path == CodePath::fastest && !columns.masks.empty() &&
+    return hasAvx512Permutes() && path == CodePath::fastest && !columns.masks.empty() &&
            columns.length <= avx512::kLongestBlock;
 }
 

@@ -20,11 +20,6 @@ namespace qvr::avx512 {
 
 #define QVR_TARGET __attribute__((target("avx512f,avx512bw,avx512vl,avx512vbmi2,popcnt")))
 
-bool available() {
-    return __builtin_cpu_supports("avx512f") && __builtin_cpu_supports("avx512bw") &&
-           __builtin_cpu_supports("avx512vl") && __builtin_cpu_supports("avx512vbmi2");
-}
-
 namespace {
 
 // Sixteen columns of the rows, added up; columns at and beyond `width` are not read.
@@ -132,9 +127,6 @@ void sumColumns(const std::uint16_t* row, const BlockColumns& columns, std::uint
 
 #else
 
-bool available() {
-    return false;
-}
 void sumBlocks(const BlockRows&, const BlockColumns&, std::uint32_t*) {}
 void pickValues(const BlockRows&, const BlockColumns&, std::uint16_t*) {}
 void sumColumns(const std::uint16_t*, const BlockColumns&, std::uint16_t*) {}

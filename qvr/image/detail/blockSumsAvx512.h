@@ -8,9 +8,7 @@ namespace qvr::avx512 {
 /// Beyond, most of what is added would be thrown away.
 inline constexpr std::int32_t kLongestBlock = 8;
 
-/// Whether this processor has the instructions; the functions below may be called only then, with columns that have
-/// masks and are not longer than kLongestBlock.
-bool available();
+// To be called only when hasAvx512Permutes(), with columns that have masks and are not longer than kLongestBlock.
 
 void sumBlocks(const BlockRows& rows, const BlockColumns& columns, std::uint32_t* out);
 void pickValues(const BlockRows& rows, const BlockColumns& columns, std::uint16_t* out);

@@ -167,7 +167,8 @@ void fillTable(const TableRule& rule, std::span<std::uint8_t> table, CodePath pa
     if (path == CodePath::plain || first == last) return fillPlainly(rule, first, last, table.data());
     if (scale) return fillCurve(rule, *scale, first, last, table.data());
     constexpr std::int64_t kLargest = std::numeric_limits<std::int32_t>::max();
-    if (!curved && rule.step <= kLargest / (last - rule.low))
+    const std::int64_t farthest = last - rule.low;
+    if (!curved && farthest <= kLargest && rule.step <= kLargest / farthest)
         return fillRamp(static_cast<std::int32_t>(rule.step), static_cast<std::int32_t>(first - rule.low),
                         rule.shift, static_cast<std::size_t>(last - first), table.data() + first);
     fillPlainly(rule, first, last, table.data());

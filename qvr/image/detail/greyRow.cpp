@@ -5,6 +5,7 @@
 #include <cstring>
 
 #include "qvr/platform/detail/clones.h"
+#include "qvr/platform/detail/processor.h"
 
 namespace qvr {
 
@@ -132,7 +133,7 @@ void greyRow(const std::uint16_t* values, std::size_t count, const GreyMap& map,
 // Making steps of a table takes as long as looking up some ten thousand values in it.
 SteppedMap::SteppedMap(const GreyMap& map, std::int64_t pixels, CodePath path) : m_map(map) {
     constexpr std::int64_t kWorthIt = 1 << 17;
-    if (map.ramp || path != CodePath::fastest || pixels < kWorthIt || !avx512::looksUp()) return;
+    if (map.ramp || path != CodePath::fastest || pixels < kWorthIt || !hasAvx512Permutes()) return;
     m_steps = greySteps(map.table);
     m_map.steps = m_steps ? &*m_steps : nullptr;
 }

@@ -51,11 +51,6 @@ namespace avx512 {
 
 #define QVR_TARGET __attribute__((target("avx512f,avx512bw,avx512vl,avx512vbmi")))
 
-bool looksUp() {
-    return __builtin_cpu_supports("avx512bw") && __builtin_cpu_supports("avx512vl") &&
-           __builtin_cpu_supports("avx512vbmi");
-}
-
 namespace {
 
 struct Bytes256 {
@@ -115,9 +110,6 @@ void stepsRow(const std::uint16_t* values, std::size_t count, const GreySteps& s
 
 #else
 
-bool looksUp() {
-    return false;
-}
 void stepsRow(const std::uint16_t*, std::size_t, const GreySteps&, std::uint8_t*) {}
 
 #endif

@@ -29,10 +29,7 @@ std::optional<GreySteps> greySteps(std::span<const std::uint8_t> table);
 
 namespace avx512 {
 
-/// Whether this processor looks bytes up in vectors (VBMI); the function below may be called only then.
-bool looksUp();
-
-/// One grey level for each of `count` values, a multiple of 64.
+/// One grey level for each of `count` values, a multiple of 64. To be called only when hasAvx512Permutes().
 void stepsRow(const std::uint16_t* values, std::size_t count, const GreySteps& steps, std::uint8_t* out);
 
 }  // namespace avx512

@@ -3,7 +3,9 @@
 // in floating point (contraction is off).
 #pragma once
 
-#if defined(__x86_64__) && defined(__GNUC__) && !defined(__clang__) && !defined(__SANITIZE_ADDRESS__)
+#if defined(__x86_64__) && defined(QVR_PROCESSOR)
+#define QVR_CLONES __attribute__((target("arch=" QVR_PROCESSOR)))
+#elif defined(__x86_64__) && defined(__GNUC__) && !defined(__clang__) && !defined(__SANITIZE_ADDRESS__)
 #define QVR_CLONES __attribute__((target_clones("arch=x86-64-v4", "arch=x86-64-v3", "default")))
 #else
 #define QVR_CLONES

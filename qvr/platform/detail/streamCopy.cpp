@@ -6,6 +6,8 @@
 #include <cstdint>
 #include <cstring>
 
+#include "qvr/platform/detail/processor.h"
+
 #if defined(__x86_64__)
 #include <immintrin.h>
 #endif
@@ -25,11 +27,6 @@ std::uint8_t* targetRow(const CopiedRows& copied, std::ptrdiff_t row) {
 #if defined(__x86_64__)
 
 constexpr std::size_t kLine = 64;
-
-bool streams() {
-    static const bool can = __builtin_cpu_supports("avx512f");
-    return can;
-}
 
 // Bytes before the first whole line, and the bytes of whole lines.
 struct Lines {
@@ -71,9 +68,6 @@ void finish() {
 
 #else
 
-bool streams() {
-    return false;
-}
 void streamRow(std::uint8_t* to, const std::uint8_t* from, std::size_t bytes, const std::uint8_t*) {
     std::memcpy(to, from, bytes);
 }
@@ -87,7 +81,7 @@ void finish() {}
 }  // namespace
 
 void streamCopy(const CopiedRows& copied) noexcept {
-    if (!streams()) {
+    if (!hasAvx512()) {
         for (std::ptrdiff_t row = 0; row < copied.rows; ++row)
             std::memcpy(targetRow(copied, row), sourceRow(copied, row), copied.bytes);
         return;
@@ -101,7 +95,7 @@ void streamCopy(const CopiedRows& copied) noexcept {
 void streamFill(void* target, std::ptrdiff_t stride, std::size_t bytes, std::ptrdiff_t rows,
                 std::uint8_t value) noexcept {
     auto* const first = static_cast<std::uint8_t*>(target);
-    const bool past = streams() && bytes * static_cast<std::size_t>(rows) >= kStreamed / 4;
+    const bool past = hasAvx512() && bytes * static_cast<std::size_t>(rows) >= kStreamed / 4;
     for (std::ptrdiff_t row = 0; row < rows; ++row) {
         if (past)
             fillRow(first + row * stride, bytes, value);

@@ -41,25 +41,31 @@ QVR_CLONES void exchange(std::uint16_t* __restrict a, std::uint16_t* __restrict 
     }
 }
 
-// Thirty-two values from either end change places, each reversed on the way.
-using Part = std::uint16_t __attribute__((vector_size(64)));
-constexpr std::int64_t kPart = 32;
+// Sixteen values in opposite order: one or two shuffles on every processor.
+using Part = std::uint16_t __attribute__((vector_size(32)));
+constexpr std::int64_t kPart = 16;
 
+inline __attribute__((always_inline)) void loadReversed(const std::uint16_t* values, Part& part) {
+    std::memcpy(&part, values, sizeof part);
+    part = __builtin_shufflevector(part, part, 15, 14, 13, 12, 11, 10, 9, 8, 7, 6, 5, 4, 3, 2, 1, 0);
+}
+
+// A line from either end change places, each reversed on the way.
 QVR_CLONES void reverse(std::uint16_t* first, std::int64_t count, const std::uint16_t* ahead) {
-    for (; count >= 2 * kPart; first += kPart, count -= 2 * kPart, ahead += 2 * kPart) {
-        std::uint16_t* const last = first + count - kPart;
+    constexpr std::int64_t kLine = 2 * kPart;
+    for (; count >= 2 * kLine; first += kLine, count -= 2 * kLine, ahead += 2 * kLine) {
+        std::uint16_t* const last = first + count - kLine;
         __builtin_prefetch(ahead, 1, 3);
-        __builtin_prefetch(ahead + kPart, 1, 3);
-        Part a;
-        Part b;
-        std::memcpy(&a, first, sizeof a);
-        std::memcpy(&b, last, sizeof b);
-        a = __builtin_shufflevector(a, a, 31, 30, 29, 28, 27, 26, 25, 24, 23, 22, 21, 20, 19, 18, 17, 16, 15,
-                                    14, 13, 12, 11, 10, 9, 8, 7, 6, 5, 4, 3, 2, 1, 0);
-        b = __builtin_shufflevector(b, b, 31, 30, 29, 28, 27, 26, 25, 24, 23, 22, 21, 20, 19, 18, 17, 16, 15,
-                                    14, 13, 12, 11, 10, 9, 8, 7, 6, 5, 4, 3, 2, 1, 0);
-        std::memcpy(first, &b, sizeof b);
-        std::memcpy(last, &a, sizeof a);
+        __builtin_prefetch(ahead + kLine, 1, 3);
+        Part parts[4];
+        loadReversed(first, parts[0]);
+        loadReversed(first + kPart, parts[1]);
+        loadReversed(last, parts[2]);
+        loadReversed(last + kPart, parts[3]);
+        std::memcpy(first, &parts[3], sizeof(Part));
+        std::memcpy(first + kPart, &parts[2], sizeof(Part));
+        std::memcpy(last, &parts[1], sizeof(Part));
+        std::memcpy(last + kPart, &parts[0], sizeof(Part));
     }
     std::reverse(first, first + count);
 }

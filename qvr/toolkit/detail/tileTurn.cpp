@@ -7,6 +7,8 @@
 #include <cstddef>
 #include <cstring>
 
+#include "qvr/platform/detail/processor.h"
+
 #if defined(__x86_64__)
 #include <immintrin.h>
 #if !defined(__clang__)
@@ -106,8 +108,7 @@ QVR_TARGET void turnAvx512(const std::uint16_t* source, std::int64_t sourceStrid
 
 TileTurns tileTurns(CodePath path) {
 #if defined(__x86_64__)
-    static const bool wide = __builtin_cpu_supports("avx512f") && __builtin_cpu_supports("avx512bw");
-    if (wide && path == CodePath::fastest) return {turnAvx512<false>, turnAvx512<true>};
+    if (path == CodePath::fastest && hasAvx512()) return {turnAvx512<false>, turnAvx512<true>};
 #else
     static_cast<void>(path);
 #endif
