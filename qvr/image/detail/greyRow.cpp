@@ -60,12 +60,15 @@ void steppedRow(const std::uint16_t* values, std::size_t count, const GreyMap& m
 // (step * d) >> shift is the high half of the 16-bit product of step and d << (16 - shift), which every processor
 // multiplies many at a time: a quarter of the time of the table. Both factors must fit into 16 bits, see fitsWords().
 QVR_CLONES void rampRow(const std::uint16_t* __restrict values, std::size_t count, std::uint16_t last,
-                        std::uint16_t low, std::uint16_t high, std::uint16_t step, int left,
+                        std::uint16_t low, std::uint16_t high, std::uint16_t step, std::uint16_t moves,
                         std::uint8_t* __restrict out) {
+    // Written so that nothing depends on a comparison but the last line: a compiler would move the product behind the
+    // comparison and widen both.
     for (std::size_t i = 0; i < count; ++i) {
         const std::uint16_t value = values[i] < last ? values[i] : last;
-        const auto above = static_cast<std::uint16_t>(value > low ? value - low : 0);
-        const auto moved = static_cast<std::uint16_t>(above << left);
+        const std::uint16_t atLeast = value > low ? value : low;
+        const auto above = static_cast<std::uint16_t>(atLeast - low);
+        const auto moved = static_cast<std::uint16_t>(above * moves);
         const auto grey = static_cast<std::uint16_t>((std::uint32_t{step} * moved) >> 16);
         out[i] = static_cast<std::uint8_t>(value > high ? 255 : grey);
     }
@@ -123,7 +126,8 @@ void greyRow(const std::uint16_t* values, std::size_t count, const GreyMap& map,
         rampRow(values, count, static_cast<std::uint16_t>(size - 1),
                 static_cast<std::uint16_t>(map.ramp->low),
                 static_cast<std::uint16_t>(std::min(map.ramp->high, 65535)),
-                static_cast<std::uint16_t>(map.ramp->step), 16 - map.ramp->shift, out);
+                static_cast<std::uint16_t>(map.ramp->step),
+                static_cast<std::uint16_t>(1U << (16 - map.ramp->shift)), out);
     else if (map.steps)
         steppedRow(values, count, map, out);
     else
