@@ -42,6 +42,7 @@ void run(const std::string& only, bool scaling, const Options& options, Report& 
             addDrag(sample, options, report);
         }
     }
+    if (only.empty()) addScaling(options, report);
 }
 
 }  // namespace
@@ -57,7 +58,7 @@ int main(int count, char** arguments) {
     bench::Options options;
     bench::Report report;
     app.add_flag("--peers", options.peers, "measure OpenCV and DCMTK beside ours");
-    app.add_flag("--scaling", scaling, "time per megapixel from 512 x 512 to 8192 x 8192 instead");
+    app.add_flag("--scaling", scaling, "nothing but the time per megapixel from 512 x 512 to 8192 x 8192");
     app.add_option("--json", json, "write the results to this file as well");
     app.add_option(
         "--only", only,
