@@ -5,14 +5,7 @@
 // gathered, so any ratio costs the same: 3072 x 3072 into 1024 x 1024 takes a third of the time of the portable loops.
 #include "qvr/image/detail/blockSumsAvx512.h"
 
-#if defined(__x86_64__)
-#include <immintrin.h>
-#if !defined(__clang__)
-// g++ 12 takes the deliberately undefined operands inside its own intrinsics for a mistake of ours.
-#pragma GCC diagnostic ignored "-Wuninitialized"
-#pragma GCC diagnostic ignored "-Wmaybe-uninitialized"
-#endif
-#endif
+#include "qvr/platform/detail/avx512.h"
 
 namespace qvr::avx512 {
 

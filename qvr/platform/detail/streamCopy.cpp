@@ -6,11 +6,8 @@
 #include <cstdint>
 #include <cstring>
 
+#include "qvr/platform/detail/avx512.h"
 #include "qvr/platform/detail/processor.h"
-
-#if defined(__x86_64__)
-#include <immintrin.h>
-#endif
 
 namespace qvr {
 
