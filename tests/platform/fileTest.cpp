@@ -1,7 +1,9 @@
 // Files: short counts and late errors, names that are no files, copies that are whole or not there.
 #include "qvr/platform/CFile.h"
 
+#include <fcntl.h>
 #include <gtest/gtest.h>
+#include <unistd.h>
 
 #include <filesystem>
 #include <limits>
@@ -28,7 +30,10 @@ TEST(File, OpensCreatesAndTruncatesAsToldTo) {
     EXPECT_EQ(file.IsOpen(), 0);
 
     char text[20] = {};
+    const int next = ::dup(0);
+    ::close(next);
     ASSERT_EQ(file.Open(path.c_str(), CFile::modeReadWrite), 1);
+    EXPECT_EQ(::fcntl(next, F_GETFD), FD_CLOEXEC) << "no program that the host starts inherits it";
     EXPECT_EQ(file.Read(text, 3), 3u);
     file.Write("XY", 2);
     EXPECT_EQ(file.Read(text, sizeof text), 2u);
