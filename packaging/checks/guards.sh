@@ -56,7 +56,7 @@ entries() {
                 push @entries, $entry = {name => $1, rooms => $2, file => $3, old => "", new => ""};
                 $part = "old";
             } elsif (/^---/) { die "guards: $list:$.: not \"--- NAME FOLDERS FILE\"\n" }
-            elsif (!$entry) { next }
+            elsif (!$entry || /^# /) { next }
             elsif (/^===$/) { $part = "new" }
             else { $entry->{$part} .= $_ }
         }

@@ -106,6 +106,7 @@ TEST(Create8BitsLUT, EqualsThePlainVersion) {
                                             {700, 700},
                                             {-50, 90},
                                             {900, 800},
+                                            {900, 899},
                                             {kMin, kMax},
                                             {16000, kMax}})
                 for (const int size : {1, 300, 4096, 16384, 70000}) {
