@@ -121,8 +121,9 @@ TEST(BurnIn, TinyRatiosEndWithoutMuchMemory) {
 TEST(BurnIn, WhatCannotBeBurnedChangesNothing) {
     CRasterDC surface(1, 1);
     class SmallRasters : public RecordingDC {
-        std::unique_ptr<CRasterDC> CreateCompatibleRaster(int, int) override {
-            return std::make_unique<CRasterDC>(1, 1, depth);
+        std::unique_ptr<CRasterDC> CreateCompatibleRaster(int width, int height) override {
+            return depth == 32 ? std::make_unique<CRasterDC>(1, 1, depth)
+                               : std::make_unique<CRasterDC>(width, height, depth);
         }
 
     public:

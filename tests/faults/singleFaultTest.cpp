@@ -1,5 +1,5 @@
-// One file call that fails, and what the operation over it says: what may be repeated is repeated, and nothing counts as
-// written or read that is not.
+// One file call or allocation that fails, and what the operation over it says: what may be repeated is repeated, and nothing
+// counts as written, read, burned or turned that is not.
 #include <gtest/gtest.h>
 #include <signal.h>
 #include <sys/wait.h>
@@ -74,10 +74,14 @@ TEST_P(FileCallTest, DecidesTheResult) {
     EXPECT_EQ(pixelsOf(m_source), m_pixels);
     // A copy that fails leaves nothing behind; a raw file that fails stays as far as it came.
     const auto files = std::distance(std::filesystem::directory_iterator(m_folder.path()), {});
-    if (!row.result && row.operation != write) EXPECT_EQ(files, 1);
+    EXPECT_TRUE(row.result || row.operation == write || files == 1) << files;
     if (!row.result) return;
-    if (row.operation == read) EXPECT_EQ(m_read, m_pixels);
-    if (row.operation == write || row.operation == copy) EXPECT_EQ(pixelsOf(m_target), m_pixels);
+    if (row.operation == read) {
+        EXPECT_EQ(m_read, m_pixels);
+    }
+    if (row.operation == write || row.operation == copy) {
+        EXPECT_EQ(pixelsOf(m_target), m_pixels);
+    }
 }
 
 INSTANTIATE_TEST_SUITE_P(
@@ -113,6 +117,56 @@ TEST(FileCall, AKilledLargeWriteLeavesAShortFile) {
     while (::waitpid(child, &status, 0) < 0 && errno == EINTR) continue;
     EXPECT_TRUE(WIFSIGNALED(status) && WTERMSIG(status) == SIGKILL);
     EXPECT_EQ(std::filesystem::file_size(path), 0U);
+}
+
+// Calls `operation` with its first, its second, … allocation failing, until none is left to fail; `check` gets its result.
+template <class Prepare, class Call, class Check>
+void failEachAllocation(Prepare&& prepare, Call&& operation, Check&& check) {
+    faults::Plan plan;
+    for (plan.at = 1;; ++plan.at) {
+        prepare();
+        faults::arm(plan);
+        const int result = LIB(operation());
+        faults::disarm();
+        check(result);
+        if (faults::injected() == 0) return;
+    }
+}
+
+TEST(Allocation, ALabelIsNeverEmptyAndABurnedOneIsBurned) {
+    constexpr RECT kView{0, 0, 600, 200};
+    const std::string text(40, 'i');  // longer than a string keeps in itself
+    const std::vector<std::uint16_t> plain(600 * 200, 7);
+    CRasterDC surface(600, 200);
+    rawImage image;
+    const QVR_ST_RAW_IMAGE record{
+        .Height = 200, .Width = 600, .BitsStored = 14, .PixelData = plain.data(), .Mode = 0};
+    ASSERT_EQ(image.Create(&record) + image.BuildDisplayImage(&kView, &surface, 1), 2);
+    failEachAllocation([&] { image.DeleteAllMark(); },
+                       [&] { return image.AddMark(text.c_str(), &kView, &surface); },
+                       [&](int added) {
+                           CMark mark;
+                           EXPECT_EQ(image.GetMarkCount(), added);
+                           EXPECT_TRUE(!image.GetMark(0, mark) || mark.GetMarkText() == text);
+                       });
+    ASSERT_EQ(image.GetMarkCount(), 1);
+    auto burned = plain, pixels = plain;
+    ASSERT_EQ(image.WriteMark(600, 200, burned.data(), 14, &surface), 1);
+    ASSERT_NE(burned, plain);
+    failEachAllocation([&] { pixels = plain; },
+                       [&] { return image.WriteMark(600, 200, pixels.data(), 14, &surface); },
+                       [&](int done) { EXPECT_TRUE(!done || pixels == burned); });
+}
+
+TEST(Allocation, ATurnHappensAsAWholeOrNotAtAll) {
+    std::vector<std::uint16_t> pixels(60 * 50, 1), before;
+    int width = 0, height = 0;
+    failEachAllocation([&] { pixels[7] = 9, before = pixels, width = height = 0; },
+                       [&] { return QVR_DISP_Rotate(60, 50, pixels.data(), width, height, 0); },
+                       [&](int turned) {
+                           EXPECT_EQ(width, turned ? 50 : 0);
+                           EXPECT_TRUE(turned || pixels == before);
+                       });
 }
 
 }  // namespace
