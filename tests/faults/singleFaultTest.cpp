@@ -165,7 +165,20 @@ TEST(Allocation, ATurnHappensAsAWholeOrNotAtAll) {
                        [&] { return QVR_DISP_Rotate(60, 50, pixels.data(), width, height, 0); },
                        [&](int turned) {
                            EXPECT_EQ(width, turned ? 50 : 0);
-                           EXPECT_TRUE(turned || pixels == before);
+                           EXPECT_EQ(pixels != before, turned != 0);
+                       });
+}
+
+TEST(Allocation, AProtocolIsTheOldOneOrTheNewOne) {
+    const std::string name(60, 'a');
+    QVR_ST_PROTOCOL before, after;
+    before.AnatomyName = "before";
+    after.AnatomyName = name.c_str();
+    dcmCRSeries series;
+    failEachAllocation([&] { series.CreateProtocol(&before); }, [&] { return series.CreateProtocol(&after); },
+                       [&](int made) {
+                           EXPECT_STREQ(series.GetProtocol()->GetAnatomyName(),
+                                        made ? name.c_str() : "before");
                        });
 }
 
