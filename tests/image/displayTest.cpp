@@ -83,6 +83,7 @@ TEST_P(ZoomTest, TakesTheSizeFromStoredRatios) {
     Image image(300, 200);
     ASSERT_EQ(image.BuildDisplayImage(&kScreen, nullptr, 1), 1);
     const CDib* const before = image.GetDIB();
+    EXPECT_EQ(image.BuildDisplayImage(nullptr, nullptr, 0), 0);
     image.SetXRatio(xRatio);
     image.SetYRatio(yRatio);
     image.SetXOffset(7);

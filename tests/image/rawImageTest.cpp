@@ -538,6 +538,15 @@ INSTANTIATE_TEST_SUITE_P(WorkFile, CloseTest,
                                          Closing{"isALinkToTheImageFile", "link.raw", "image.raw", false}),
                          nameOf);
 
+TEST_F(RawImageTest, AWorkFileThatIsTheRawCopyByNowStays) {
+    open(storedRecord());
+    ASSERT_EQ(m_image.ReadInRAM() + m_image.WriteToHDD(), 2);
+    fs::remove(m_folder / "copy.raw");
+    fs::create_hard_link(m_folder / "work.raw", m_folder / "copy.raw");
+    m_image.Close();
+    EXPECT_TRUE(fs::exists(m_folder / "work.raw"));
+}
+
 // The pixels as acquired are never written over, under whatever name.
 TEST_F(RawImageTest, TheRawCopyIsNeverWrittenTo) {
     for (const bool linked : {false, true}) {
@@ -554,6 +563,8 @@ TEST_F(RawImageTest, TheRawCopyIsNeverWrittenTo) {
         record.FilePath = work.c_str();
         open(record);
         EXPECT_EQ(m_image.Update(5, 5, m_pixels.data(), 14, 13, 9, 9), 0);
+        EXPECT_EQ(m_image.ReadInRAM(), 1);
+        EXPECT_EQ(m_image.WriteFileForPRES("", nullptr), 0);
         EXPECT_EQ(fs::file_size(m_folder / "copy.raw"), before);
         EXPECT_EQ(fs::last_write_time(m_folder / "copy.raw"), stamp);
     }
