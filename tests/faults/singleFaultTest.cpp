@@ -182,4 +182,17 @@ TEST(Allocation, AProtocolIsTheOldOneOrTheNewOne) {
                        });
 }
 
+TEST(Allocation, AnImageIsCopiedWholeOrNotAtAll) {
+    const std::vector<std::uint16_t> pixels(60 * 50, 7);
+    QVR_ST_QVR_IMAGE small{}, large{};
+    small.Width = small.Height = 3;
+    large.Width = 60, large.Height = 50;
+    small.PixelData = large.PixelData = pixels.data();
+    CQVRImage source, target;
+    ASSERT_EQ(source.Create(&large), 1);
+    failEachAllocation([&] { target.Create(&small); },
+                       [&] { return target = source, target.GetWidth() == 60 ? 1 : 0; },
+                       [&](int) { EXPECT_NE(target.GetPixelData(), nullptr); });
+}
+
 }  // namespace
