@@ -266,6 +266,11 @@ TEST_F(CQVRImageTest, CopiesWithoutMemoryAreAllOrNothing) {
                                  EXPECT_EQ(target->GetDIB() != nullptr, taken);
                              });
     EXPECT_GE(refusals, 4);
+    {
+        const RefuseAllocation refusal(0);
+        EXPECT_EQ(target.emplace().Create(&r), 0);
+    }
+    EXPECT_EQ(CQVRImage(*target).GetPixelData(), nullptr) << "a copy of no pixels";
 }
 
 }  // namespace

@@ -51,13 +51,14 @@ Function real(const char* name) {
     return reinterpret_cast<Function>(::dlsym(RTLD_NEXT, name));
 }
 
-bool watching() {
-    return armed.load(std::memory_order_relaxed) && inside && plan.target == faults::Target::file;
+bool watching(const char* name) {
+    return armed.load(std::memory_order_relaxed) && inside && plan.target == faults::Target::file &&
+           (!plan.only || std::strstr(name, plan.only));
 }
 
 // Whether a call that moves no bytes fails now; errno is then set.
 bool refuse(const char* name) {
-    if (!watching()) return false;
+    if (!watching(name)) return false;
     if (plan.way == faults::Way::shortCount || plan.way == faults::Way::killInside) return false;
     if (!isChosen()) return false;
     ++injectedFaults;
@@ -70,7 +71,7 @@ bool refuse(const char* name) {
 // read and write: how many of `count` bytes are moved. -1: the call fails with errno.
 ssize_t allowed(const char* name, std::size_t count, bool writing) {
     const auto all = static_cast<ssize_t>(count);
-    if (!watching()) return all;
+    if (!watching(name)) return all;
     if (plan.way == faults::Way::killInside && !writing) return all;
     if (!isChosen()) return all;
     hitName = name;
@@ -92,7 +93,7 @@ ssize_t allowed(const char* name, std::size_t count, bool writing) {
 }
 
 bool killsInside(std::size_t count, std::size_t& keep) {
-    if (!watching() || plan.way != faults::Way::killInside || seenCalls != plan.at) return false;
+    if (!watching("write") || plan.way != faults::Way::killInside || seenCalls != plan.at) return false;
     keep = plan.keep == faults::Plan::Keep::nothing ? 0
            : plan.keep == faults::Plan::Keep::half  ? count / 2
                                                     : (count > 0 ? count - 1 : 0);

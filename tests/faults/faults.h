@@ -20,8 +20,9 @@ enum class Way {
 
 struct Plan {
     Target target = Target::allocation;
-    long at = 1;          ///< the n-th call, from 1
-    bool onward = false;  ///< and every later one
+    const char* only = nullptr;  ///< file calls whose name contains this; null: all
+    long at = 1;                 ///< the n-th call, from 1
+    bool onward = false;         ///< and every later one
     Way way = Way::error;
     int error = 5;  ///< errno for Way::error
     /// killInside: what part of the bytes is written first

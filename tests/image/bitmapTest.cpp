@@ -243,6 +243,8 @@ TEST(CreateFromPixels, TakesColoursAndOneBlockOfPixels) {
     EXPECT_EQ(bitmap.CreateFromPixels(2, 1, pixels + 4, nullptr, nullptr), 1);
     EXPECT_EQ(bitmap.ColorTable[7].rgbBlue, 7);
     EXPECT_TRUE(samePicture<std::uint8_t>({5, 6, 3, 4, 5, 6, 0, 0}, bitmap.Bits, 8, 1));
+    surface.onCall = [&] { bitmap.Empty(); };
+    EXPECT_EQ(bitmap.CreateFromPixels(3, 2, pixels, nullptr, &surface), 1) << "the surface comes last";
 }
 
 TEST(CreateFromPixels, NeverCopiesBeyondTheStorage) {
@@ -275,6 +277,9 @@ TEST(DrawBitmap, SelectsPaletteAndModeOnlyMeanwhile) {
     EXPECT_EQ(surface.palettes, std::vector<int>{256});
     EXPECT_EQ(surface.stretchMode(), 4);
     EXPECT_EQ(surface.paletteEntries(), 3);
+    surface.onCall = [] { throw std::runtime_error("surface"); };
+    EXPECT_EQ(bitmap.Draw(&surface, 0, 0, 5, 3, 0, 0, 5, 3, SRCCOPY), 0);
+    surface.onCall = [] {};
 
     bitmap.UsePalette(&surface, 0);
     EXPECT_EQ(surface.paletteEntries(), 256);
@@ -315,7 +320,12 @@ INSTANTIATE_TEST_SUITE_P(
                     Meddling{"bits", [](CDib& b) { b.Bits = foreign; }},
                     Meddling{"noBits", [](CDib& b) { b.Bits = nullptr; }},
                     Meddling{"header",
-                             [](CDib& b) { b.InfoHeader = reinterpret_cast<BITMAPINFOHEADER*>(foreign); }}),
+                             [](CDib& b) { b.InfoHeader = reinterpret_cast<BITMAPINFOHEADER*>(foreign); }},
+                    Meddling{"headerCopy",
+                             [](CDib& b) {
+                                 std::memcpy(foreign, b.InfoHeader, sizeof *b.InfoHeader);
+                                 b.InfoHeader = reinterpret_cast<BITMAPINFOHEADER*>(foreign);
+                             }}),
     nameOf);
 
 TEST(Bitmap, ABitCountThatIsCutTo8HasNoColoursAndIsRefused) {

@@ -106,6 +106,7 @@ TEST(Create8BitsLUT, EqualsThePlainVersion) {
                                             {700, 700},
                                             {-50, 90},
                                             {900, 800},
+                                            {900, 899},
                                             {kMin, kMax},
                                             {16000, kMax}})
                 for (const int size : {1, 300, 4096, 16384, 70000}) {
@@ -137,6 +138,11 @@ TEST(Create8BitsLUT, HasItsOwnFactors) {
     lut(4, 16384);
     EXPECT_EQ(table[1500], 96);   // 255 / (1 + e^0.5)
     EXPECT_EQ(table[2500], 158);  // 255 / (1 + e^-0.499)
+
+    constexpr int kLong = 9'000'000;  // 255 for each value: more than 32 bits hold
+    std::vector<std::uint8_t> large(kLong);
+    EXPECT_EQ(rawImage::Create8BitsLUT(0, 0, kLong - 1, 1, 5, kLong, large.data()), 1);
+    EXPECT_EQ(large.back(), (255LL * (kLong - 1) >> 14) % 256);
 }
 
 }  // namespace

@@ -63,6 +63,7 @@ INSTANTIATE_TEST_SUITE_P(Rectangle, FitTest,
                                          Fit{"onePixel", 1, 1, kScreen, {600, 600}, 600.0f, 600.0f},
                                          Fit{"tooThin", 3000, 1, {0, 0, 800, 600}, {0, 0}},
                                          Fit{"tooFlat", 1, 3000, kScreen, {0, 0}},
+                                         Fit{"noPixels", 0, 0, kScreen, {0, 0}},
                                          Fit{"noWidth", 30, 20, {5, 0, 5, 9}, {0, 0}},
                                          Fit{"noHeight", 30, 20, {0, 9, 9, 9}, {0, 0}},
                                          Fit{"inverted", 30, 20, {800, 600, 0, 0}, {0, 0}},
@@ -82,6 +83,7 @@ TEST_P(ZoomTest, TakesTheSizeFromStoredRatios) {
     Image image(300, 200);
     ASSERT_EQ(image.BuildDisplayImage(&kScreen, nullptr, 1), 1);
     const CDib* const before = image.GetDIB();
+    EXPECT_EQ(image.BuildDisplayImage(nullptr, nullptr, 0), 0);
     image.SetXRatio(xRatio);
     image.SetYRatio(yRatio);
     image.SetXOffset(7);
@@ -105,6 +107,7 @@ INSTANTIATE_TEST_SUITE_P(Ratio, ZoomTest,
                                          Zoom{"onlyOne", 0.5f, 0.0f, {}}, Zoom{"negative", -0.5f, 0.5f, {}},
                                          Zoom{"notANumber", kNaN, 0.5f, {}}, Zoom{"infinite", 0.5f, kInf, {}},
                                          Zoom{"lessThanAPixel", 0.003f, 0.5f, {}},
+                                         Zoom{"lowerThanAPixel", 0.5f, 0.004f, {}},
                                          Zoom{"both0", 0.0f, 0.0f, {80, 53}}),
                          nameOf);
 
@@ -242,7 +245,8 @@ TEST(DrawDIB, NeedsSurfaceRectangleAndAGoodBitmap) {
     RecordingDC surface;
     EXPECT_EQ(image.DrawDIB(&kScreen, &surface, SRCCOPY), 0);
     ASSERT_EQ(image.BuildDisplayImage(&kScreen, &surface, 1), 1);
-    EXPECT_EQ(image.DrawDIB(&kScreen, nullptr, SRCCOPY), 0);
+    constexpr RECT wide{0, 0, 900, 600};  // with something to fill
+    EXPECT_EQ(image.DrawDIB(&wide, nullptr, SRCCOPY), 0);
     EXPECT_EQ(image.DrawDIB(nullptr, &surface, SRCCOPY), 0);
     image.GetDIB()->InfoHeader->biHeight = 601;
     EXPECT_EQ(image.DrawDIB(&kScreen, &surface, SRCCOPY), 0);

@@ -170,12 +170,15 @@ TEST_P(SpellingTest, TheImageFileMayBeReplaced) {
     acquire();
     addMarks();
     ASSERT_EQ(m_image.WriteToHDD(), 1);
+    const auto secret = fs::perms::owner_read | fs::perms::owner_write;
+    fs::permissions(m_own, secret);
     const std::string target = spelled(m_own);
     EXPECT_EQ(m_image.WriteFileForPROC(target.c_str()), 0);  // the current pixels would be lost
     EXPECT_EQ(pixelsOf(m_own), m_pixels);
     const Pixels expected = marked();
     EXPECT_EQ(m_image.WriteFileForPRES(target.c_str(), &m_surface), 1);
     EXPECT_EQ(pixelsOf(target), expected);
+    EXPECT_EQ(fs::status(target).permissions(), secret);
     EXPECT_EQ(m_image.GetFilePath(), target);
     const std::string name = GetParam().name;
     EXPECT_EQ(fs::is_symlink(target), name == "symbolicLink");  // a link stays one

@@ -204,8 +204,6 @@ TEST_F(RawImageTest, OpenReadsNoPixelsAndNeedsTheImageFile) {
 TEST_F(RawImageTest, NewImageGoesToItsImageFileAndBack) {
     acquire();
     m_image.SetXOffset(2);
-    EXPECT_EQ(m_image.ReadInRAM(), 0) << "it is resident";
-    EXPECT_TRUE(holds(m_pixels));
     m_image.GetPixelData()[5] = 4711;
     EXPECT_EQ(m_image.WriteToHDD(), 1);
     EXPECT_EQ(m_image.GetPixelData(), nullptr);
@@ -218,6 +216,7 @@ TEST_F(RawImageTest, NewImageGoesToItsImageFileAndBack) {
     EXPECT_EQ(pixelsOf(m_folder / "Cache/I.1.2.3.raw"), changed);
     EXPECT_EQ(pixelsOf(m_folder / "Cache/R.1.2.3.raw"), m_pixels);
     EXPECT_EQ(m_image.ReadInRAM(), 1);
+    EXPECT_EQ(m_image.ReadInRAM(), 0) << "it is resident";
     EXPECT_TRUE(holds(changed));
     EXPECT_EQ(m_image.GetXOffset(), 2);
 }
@@ -360,7 +359,10 @@ TEST_F(RawImageTest, BadUpdatesChangeNothing) {
     EXPECT_EQ(m_image.Update(kMax, kMax, m_pixels.data(), 14, 13, 9, 9), 0);
     EXPECT_EQ(State(m_image), before);
     ASSERT_EQ(m_image.WriteToHDD(), 1);
+    const State stored(m_image);
+    EXPECT_EQ(m_image.Update(5, 5, nullptr, 14, 13, 9, 9), 0);
     EXPECT_EQ(m_image.Update(kMax, 2, m_pixels.data(), 14, 13, 9, 9), 0);
+    EXPECT_EQ(State(m_image), stored);
     EXPECT_EQ(pixelsOf(m_folder / "Cache/I.1.2.3.raw"), m_pixels);
 }
 
@@ -396,10 +398,12 @@ TEST_F(RawImageTest, WithoutMemoryTheOldStateStays) {
     EXPECT_GT(refuseEachAllocation(prepare, copy, check), 1);
 }
 
-TEST_F(RawImageTest, WithoutMemoryCreateIsAllOldOrWithoutPixels) {
+TEST_F(RawImageTest, WithoutMemoryCreateAndOpenAreAllOldOrWithoutPixels) {
     auto record = newRecord(11, 12, m_pixels);
-    record.FilePath = std::string(60, 'f').c_str();
-    record.BAKFilePath = std::string(60, 'b').c_str();
+    // Longer than any path that the image has room for already.
+    record.FilePath = std::string(600, 'f').c_str();
+    record.BAKFilePath = std::string(600, 'b').c_str();
+    record.WorkFilePath = std::string(600, 'w').c_str();
     std::optional<State> before;
     const auto prepare = [&] {
         acquire();
@@ -416,6 +420,12 @@ TEST_F(RawImageTest, WithoutMemoryCreateIsAllOldOrWithoutPixels) {
     EXPECT_EQ(refuseEachAllocation(
                   prepare, [&] { return m_image.Create(&record); }, check),
               3);
+    const auto open = [&] { return m_image.Open(&record); };  // 0: there are no such files
+    const auto checkOpened = [&](int, bool refused) {
+        const State after(m_image);
+        EXPECT_TRUE(refused ? after == *before : after.paths[0] == record.FilePath.GetString());
+    };
+    EXPECT_EQ(refuseEachAllocation(prepare, open, checkOpened), 3);
 }
 
 TEST_F(RawImageTest, WithoutMemoryReadingFails) {
@@ -445,8 +455,10 @@ TEST_F(RawImageTest, RawCopyGoesIntoTheCacheFolder) {
 }
 
 TEST_F(RawImageTest, RawCopyNeedsAPlainNameAndItsParent) {
-    const auto record = newRecord(kWidth, kHeight, m_pixels);
+    const auto record = newRecord(kWidth, kHeight, m_pixels), withoutPixels = newRecord(-1, 1, m_pixels);
     EXPECT_EQ(m_image.CreateBAKFile("1", m_folder.path().c_str()), 0) << "no image yet";
+    ASSERT_EQ(m_image.Create(&withoutPixels), 0);
+    EXPECT_EQ(m_image.CreateBAKFile("1", m_folder.path().c_str()), 0);
     ASSERT_EQ(m_image.Create(&record), 1);
     const State before(m_image);
     for (const char* name : {"", "../x", "a/b", "a\\b", "a\nb", "\x7f"})
@@ -526,6 +538,15 @@ INSTANTIATE_TEST_SUITE_P(WorkFile, CloseTest,
                                          Closing{"isALinkToTheImageFile", "link.raw", "image.raw", false}),
                          nameOf);
 
+TEST_F(RawImageTest, AWorkFileThatIsTheRawCopyByNowStays) {
+    open(storedRecord());
+    ASSERT_EQ(m_image.ReadInRAM() + m_image.WriteToHDD(), 2);
+    fs::remove(m_folder / "copy.raw");
+    fs::create_hard_link(m_folder / "work.raw", m_folder / "copy.raw");
+    m_image.Close();
+    EXPECT_TRUE(fs::exists(m_folder / "work.raw"));
+}
+
 // The pixels as acquired are never written over, under whatever name.
 TEST_F(RawImageTest, TheRawCopyIsNeverWrittenTo) {
     for (const bool linked : {false, true}) {
@@ -539,6 +560,11 @@ TEST_F(RawImageTest, TheRawCopyIsNeverWrittenTo) {
         ASSERT_EQ(m_image.ReadInRAM(), 1);
         EXPECT_EQ(m_image.WriteToHDD(), 0);
         EXPECT_EQ(m_image.IsReadInRAM(), 1);
+        record.FilePath = work.c_str();
+        open(record);
+        EXPECT_EQ(m_image.Update(5, 5, m_pixels.data(), 14, 13, 9, 9), 0);
+        EXPECT_EQ(m_image.ReadInRAM(), 1);
+        EXPECT_EQ(m_image.WriteFileForPRES("", nullptr), 0);
         EXPECT_EQ(fs::file_size(m_folder / "copy.raw"), before);
         EXPECT_EQ(fs::last_write_time(m_folder / "copy.raw"), stamp);
     }

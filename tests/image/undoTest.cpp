@@ -91,8 +91,10 @@ TEST_F(UndoTest, RestoresPixelsSizeAndWindowAlone) {
 }
 
 TEST_F(UndoTest, CopiesOutlastTheStayOnDisk) {
-    enter(1);
-    ASSERT_EQ(m_image.SaveUndoData(), 1);
+    for (const int n : {3, 4, 1}) {
+        enter(n);
+        ASSERT_EQ(m_image.SaveUndoData(), 1);
+    }
     enter(2);
     ASSERT_EQ(m_image.WriteToHDD(), 1);
     EXPECT_EQ(m_image.SaveUndoData(), 0);
@@ -104,6 +106,7 @@ TEST_F(UndoTest, CopiesOutlastTheStayOnDisk) {
     ASSERT_EQ(m_image.WriteToHDD(), 1);
     ASSERT_EQ(m_image.ReadInRAM(), 1);
     EXPECT_TRUE(isIn(1));
+    for (const int n : {4, 3}) EXPECT_TRUE(m_image.ReadUndoData() == 1 && isIn(n)) << "none was dropped";
 }
 
 TEST_F(UndoTest, ASaveWithoutMemoryKeepsTheImageAndTheNewerCopies) {

@@ -121,8 +121,9 @@ TEST(BurnIn, TinyRatiosEndWithoutMuchMemory) {
 TEST(BurnIn, WhatCannotBeBurnedChangesNothing) {
     CRasterDC surface(1, 1);
     class SmallRasters : public RecordingDC {
-        std::unique_ptr<CRasterDC> CreateCompatibleRaster(int, int) override {
-            return std::make_unique<CRasterDC>(1, 1, depth);
+        std::unique_ptr<CRasterDC> CreateCompatibleRaster(int width, int height) override {
+            return depth == 32 ? std::make_unique<CRasterDC>(1, 1, depth)
+                               : std::make_unique<CRasterDC>(width, height, depth);
         }
 
     public:
@@ -168,6 +169,7 @@ TEST(BurnIn, WriteMarkBurnsAllItCan) {
 
     class FirstRasterFails : public RecordingDC {
         std::unique_ptr<CRasterDC> CreateCompatibleRaster(int width, int height) override {
+            if (m_calls == 3) throw std::runtime_error("surface");
             return m_calls++ == 0 ? nullptr : CDC::CreateCompatibleRaster(width, height);
         }
         int m_calls = 0;
@@ -176,6 +178,8 @@ TEST(BurnIn, WriteMarkBurnsAllItCan) {
     EXPECT_EQ(image.WriteMark(800, 400, second.data(), 14, &failing), 0);
     const CMark mark = markAt("R", {90, 0});
     qvr::BurnInMark(800, 400, onlySecond.data(), 14, &mark, 0.5f, &surface);
+    EXPECT_EQ(second, onlySecond);
+    EXPECT_EQ(image.WriteMark(800, 400, second.data(), 14, &failing), 0) << "it throws from now on";
     EXPECT_EQ(second, onlySecond);
 }
 

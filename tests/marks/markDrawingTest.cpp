@@ -34,14 +34,16 @@ const Strings kMark{"line 105,50 105,89 colour 65280",
                     "text L 105,50 145,90 flags 65573 font 40"};
 
 TEST_F(MarkDrawingTest, AMarkIsDrawnAtOnceAndWithItsImage) {
-    const CFont* const font = m_surface.font();
-    const CPen* const pen = m_surface.pen();
+    CFont font(20, FW_NORMAL, "Arial", DEFAULT_CHARSET);
+    CPen pen(PS_SOLID, 1, 5);
+    m_surface.SelectObject(&font);
+    m_surface.SelectObject(&pen);
     EXPECT_EQ(m_surface.drawn, kMark);
     Strings withImage{"stretch 100,50 200x100"};
     withImage.insert(withImage.end(), kMark.begin(), kMark.end());
     EXPECT_EQ(drawnBy([&] { m_image.Draw(&kRect, &m_surface); }), withImage);
-    EXPECT_EQ(m_surface.font(), font);
-    EXPECT_EQ(m_surface.pen(), pen);
+    EXPECT_EQ(m_surface.font(), &font);
+    EXPECT_EQ(m_surface.pen(), &pen);
 }
 
 TEST_F(MarkDrawingTest, MarksFollowTheRectangleAndCarryTheirCross) {

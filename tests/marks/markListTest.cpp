@@ -3,6 +3,7 @@
 
 #include <cmath>
 #include <limits>
+#include <utility>
 
 #include "marks/markSurface.h"
 #include "support/refuseAllocation.h"
@@ -249,6 +250,16 @@ TEST_F(MarkListTest, ASurfaceMayThrowOrDeleteMarksAtEveryCall) {
                     EXPECT_EQ(m_image.GetMarkCount(), 0) << operation << ' ' << call;
                 }
             }
+}
+
+TEST_F(MarkListTest, NeverMoreThanThreeEvenWhenTheSurfaceAddsOne) {
+    ASSERT_EQ(add("A") + add("B"), 2);
+    bool called = false;
+    m_surface.onCall = [&] {
+        if (!std::exchange(called, true)) add("C");
+    };
+    EXPECT_EQ(add("D"), 0);
+    EXPECT_EQ(m_image.GetMarkCount(), 3);
 }
 
 TEST_F(MarkListTest, WithoutMemoryNoMarkIsHalfMade) {

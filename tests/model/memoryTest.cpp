@@ -1,5 +1,6 @@
 // No memory, at each allocation in turn: nothing crashes, resident pixels stay, and no record is half taken.
 #include <functional>
+#include <memory>
 #include <string_view>
 
 #include "examination.h"
@@ -52,6 +53,33 @@ TEST_F(MemoryTest, AnAcquisitionLosesNoPixels) {
             }
         });
     EXPECT_GT(runs, 10);
+}
+
+// In an exam whose list of resident series has no place yet.
+TEST_F(MemoryTest, WhatBecomesResidentIsCounted) {
+    const QVR_ST_SERIES seriesRecord{};
+    const QVR_ST_IMAGE record = storedRecord(1);
+    for (int operation = 0; operation < 3; ++operation) {
+        std::unique_ptr<dcmExam> exam;
+        dcmSeries* series = nullptr;
+        refuseEachAllocation(
+            [&] {
+                exam = std::make_unique<dcmExam>();
+                exam->CreateStudy(&m_studyRecord, dcmStudy::DX);
+                series = exam->CreateSeries(0, &seriesRecord);
+                if (operation != 0) series->OpenImage(&record);
+            },
+            [&] {
+                if (operation == 0) return exam->OpenImage(0, 0, &record, &kScreen, &m_surface) ? 1 : 0;
+                if (operation == 1) return exam->ActivateImage(0, 0, &kScreen, &m_surface);
+                return exam->ReadSeriesInRAM(series, &kScreen, &m_surface);
+            },
+            [&](int, bool refused) {
+                const bool shown = series->GetThumb() != nullptr;
+                EXPECT_TRUE(shown || refused);
+                EXPECT_EQ(exam->GetSeriesInRAMCount(), shown ? 1 : 0) << operation;
+            });
+    }
 }
 
 // With a short and then a long text in the given fields, all texts are the old ones or all are the new ones.

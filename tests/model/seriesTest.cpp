@@ -276,7 +276,7 @@ INSTANTIATE_TEST_SUITE_P(
                               true, 0}),
     nameOf);
 
-TEST_F(SeriesTest, DrawingSurvivesASurfaceThatThrowsOrRejectsTheImage) {
+TEST_F(SeriesTest, DrawingSurvivesASurfaceThatThrowsRebuildsOrRejectsTheImage) {
     const std::function<void(dcmSeries&)> operations[] = {
         [&](auto& s) { s.DrawImage(&kScreen, &m_surface); },
         [&](auto& s) { s.UpdateImage(&kScreen, &m_surface, 1); },
@@ -291,6 +291,8 @@ TEST_F(SeriesTest, DrawingSurvivesASurfaceThatThrowsOrRejectsTheImage) {
             dcmSeries* const series = acquire(++n);
             m_surface.onCall = [] { throw std::runtime_error("surface"); };
             EXPECT_NO_THROW(operation(*series));
+            m_surface.onCall = [&] { raw(series)->BuildDisplayImage(&kScreen, nullptr, 1); };
+            EXPECT_NO_THROW(operation(*series));
             int calls = 0;
             m_surface.onCall = [&] {
                 if (++calls == call) series->RejectImage();
@@ -299,6 +301,8 @@ TEST_F(SeriesTest, DrawingSurvivesASurfaceThatThrowsOrRejectsTheImage) {
             m_surface.onCall = [] {};
             m_exam.RejectImage(0, position(series));
         }
+    m_surface.onCall = [] { throw std::runtime_error("surface"); };
+    EXPECT_NO_THROW(plan()->DrawImage(&kScreen, &m_surface)) << "black, without an image";
 }
 
 }  // namespace

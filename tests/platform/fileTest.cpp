@@ -1,7 +1,9 @@
 // Files: short counts and late errors, names that are no files, copies that are whole or not there.
 #include "qvr/platform/CFile.h"
 
+#include <fcntl.h>
 #include <gtest/gtest.h>
+#include <unistd.h>
 
 #include <filesystem>
 #include <limits>
@@ -19,6 +21,8 @@ namespace fs = std::filesystem;
 TEST(File, OpensCreatesAndTruncatesAsToldTo) {
     const TemporaryFolder folder;
     const std::string path = folder.file("a", "content"), missing = folder / "b";
+    const int next = ::dup(0);  // the descriptor that the next open file gets
+    ::close(next);
     CFile file;
     EXPECT_EQ(file.Open(missing.c_str(), CFile::modeRead), 0);
     EXPECT_EQ(file.Open(missing.c_str(), CFile::modeReadWrite), 0);
@@ -29,11 +33,14 @@ TEST(File, OpensCreatesAndTruncatesAsToldTo) {
 
     char text[20] = {};
     ASSERT_EQ(file.Open(path.c_str(), CFile::modeReadWrite), 1);
+    EXPECT_EQ(::fcntl(next, F_GETFD), FD_CLOEXEC) << "no program that the host starts inherits it";
+    EXPECT_EQ(::fcntl(next + 1, F_GETFD), -1) << "the folder is closed again";
     EXPECT_EQ(file.Read(text, 3), 3u);
     file.Write("XY", 2);
     EXPECT_EQ(file.Read(text, sizeof text), 2u);
     EXPECT_STREQ(text, "ntn");
     ASSERT_EQ(file.Open(missing.c_str(), CFile::modeWrite | CFile::modeCreate), 1) << "closes the other";
+    EXPECT_EQ(::fcntl(next + 1, F_GETFD), -1);
     EXPECT_EQ(contentOf(path), "conXYnt");
     EXPECT_THROW(file.Read(text, 1), CFileException) << "open for writing only";
     file.Close();

@@ -55,8 +55,9 @@ int BurnInMark(int width, int height, std::uint16_t* pixels, int bitsStored, con
     const int fontHeight = toInt(mark->GetDISPFontHeight() / static_cast<double>(ratio) + 0.5);
     const auto gauge = surface->CreateCompatibleRaster(1, 1);
     if (!gauge || fontHeight < 1) return 0;
-    const auto box = textBox(*mark, fontHeight, *gauge);
-    if (!box) return 0;
+    MarkFont measured(*mark, fontHeight, *gauge);
+    const auto box = measured.box();
+    if (!box || !measured.isSelected()) return 0;
 
     const auto [left, top] = mark->GetPIXLeftTop();
     const Visible columns(left, box->cx, width);
@@ -69,7 +70,8 @@ int BurnInMark(int width, int height, std::uint16_t* pixels, int bitsStored, con
     // A host's surface makes its own rasters.
     if (raster->GetWidth() < columns.length() || raster->GetHeight() < rows.length()) return 0;
     {
-        const MarkFont font(*mark, fontHeight, *raster);
+        MarkFont font(*mark, fontHeight, *raster);
+        if (!font.isSelected()) return 0;
         raster->SetBkMode(TRANSPARENT);
         raster->SetTextColor(kMarkTextColour);
         const RECT place{saturated(-columns.first), saturated(-rows.first),

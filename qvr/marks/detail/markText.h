@@ -18,6 +18,8 @@ public:
 
     /// Size of the mark's text box: never less wide than high. Nothing when no font is usable.
     std::optional<CSize> box() const;
+    /// False when memory ended and the surface keeps to its stock font.
+    bool isSelected() { return m_surface.SelectObject(&m_font) == &m_font; }
 
 private:
     const CMark& m_mark;

@@ -1,0 +1,198 @@
+// One file call or allocation that fails, and what the operation over it says: what may be repeated is repeated, and nothing
+// counts as written, read, burned or turned that is not.
+#include <gtest/gtest.h>
+#include <signal.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <cerrno>
+#include <vector>
+
+#include "qvr/qvr.h"
+#include "tests/faults/faults.h"
+#include "tests/support/temporaryFolder.h"
+
+namespace {
+
+constexpr int kWidth = 60;
+constexpr int kHeight = 50;
+constexpr auto kError = faults::Way::error;
+constexpr auto kShort = faults::Way::shortCount;
+enum Operation { write, read, copy, readIn };
+
+struct Case {
+    Operation operation;
+    const char* call;
+    faults::Way way;
+    int error;
+    bool onward;
+    int result;
+};
+
+class FileCallTest : public testing::TestWithParam<Case> {
+protected:
+    int run(Operation operation) {
+        switch (operation) {
+            case write:
+                return LIB(QVR_COMP_WriteRAWFile(m_target.c_str(), kWidth, kHeight, m_pixels.data()));
+            case read:
+                return LIB(QVR_COMP_ReadRAWFile(m_source.c_str(), kWidth, kHeight, m_read.data()));
+            case copy:
+                return LIB(CopyFileA(m_source.c_str(), m_target.c_str(), 0));
+            case readIn:
+                break;
+        }
+        return LIB(m_image.ReadInRAM());
+    }
+
+    TemporaryFolder m_folder;
+    const std::vector<std::uint16_t> m_pixels = std::vector<std::uint16_t>(kWidth * kHeight, 0x1234);
+    std::vector<std::uint16_t> m_read = std::vector<std::uint16_t>(kWidth * kHeight);
+    const std::string m_source = m_folder.file("source.raw", m_pixels);
+    const std::string m_target = m_folder / "target.raw";
+    rawImage m_image;
+};
+
+TEST_P(FileCallTest, DecidesTheResult) {
+    const Case& row = GetParam();
+    QVR_ST_RAW_IMAGE record{.Height = kHeight, .Width = kWidth, .BitsStored = 14, .Mode = 1};
+    record.FilePath = m_source.c_str();
+    m_image.Open(&record);
+    faults::Plan plan;
+    plan.target = faults::Target::file;
+    plan.only = row.call;
+    plan.way = row.way;
+    plan.error = row.error;
+    plan.onward = row.onward;
+    faults::arm(plan);
+    const int result = run(row.operation);
+    faults::disarm();
+
+    EXPECT_GT(faults::injected(), 0) << "the call is not made";
+    EXPECT_EQ(result, row.result);
+    EXPECT_EQ(m_image.IsReadInRAM(), row.operation == readIn && row.result);
+    EXPECT_EQ(pixelsOf(m_source), m_pixels);
+    // A copy that fails leaves nothing behind; a raw file that fails stays as far as it came.
+    const auto files = std::distance(std::filesystem::directory_iterator(m_folder.path()), {});
+    EXPECT_TRUE(row.result || row.operation == write || files == 1) << files;
+    if (!row.result) return;
+    if (row.operation == read) {
+        EXPECT_EQ(m_read, m_pixels);
+    }
+    if (row.operation == write || row.operation == copy) {
+        EXPECT_EQ(pixelsOf(m_target), m_pixels);
+    }
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    Of, FileCallTest,
+    testing::Values(
+        Case{write, "open", kError, EINTR, false, 1}, Case{write, "open", kError, EACCES, false, 0},
+        Case{write, "write", kError, EINTR, false, 1}, Case{write, "write", kError, EIO, false, 0},
+        Case{write, "write", kShort, 0, true, 1}, Case{write, "fdatasync", kError, EINTR, false, 1},
+        Case{write, "fdatasync", kError, EINVAL, false, 1}, Case{write, "fdatasync", kError, EIO, false, 0},
+        Case{write, "close", kError, EINTR, false, 1}, Case{write, "close", kError, EIO, false, 0},
+        Case{read, "read", kError, EINTR, false, 1}, Case{read, "read", kError, EIO, false, 0},
+        Case{read, "read", kShort, 0, true, 1}, Case{readIn, "read", kError, EIO, false, 0},
+        Case{copy, "fdatasync", kError, EIO, false, 0}, Case{copy, "rename", kError, EIO, false, 0},
+        // the name of the copy: a file system that cannot do that is no failure
+        Case{copy, "fsync", kError, EIO, false, 1}));
+
+// Room that is asked for in advance does not change the length, so a killed write leaves a short file.
+TEST(FileCall, AKilledLargeWriteLeavesAShortFile) {
+    const TemporaryFolder folder;
+    const std::string path = folder / "killed.raw";
+    const std::vector<std::uint16_t> pixels(1500 * 1500, 7);
+    const pid_t child = ::fork();
+    if (child == 0) {
+        faults::Plan plan;
+        plan.target = faults::Target::file;
+        plan.only = "write";
+        plan.way = faults::Way::killBefore;
+        faults::arm(plan);
+        LIB(QVR_COMP_WriteRAWFile(path.c_str(), 1500, 1500, pixels.data()));
+        ::_exit(0);
+    }
+    int status = 0;
+    while (::waitpid(child, &status, 0) < 0 && errno == EINTR) continue;
+    EXPECT_TRUE(WIFSIGNALED(status) && WTERMSIG(status) == SIGKILL);
+    EXPECT_EQ(std::filesystem::file_size(path), 0U);
+}
+
+// Calls `operation` with its first, its second, … allocation failing, until none is left to fail; `check` gets its result.
+template <class Prepare, class Call, class Check>
+void failEachAllocation(Prepare&& prepare, Call&& operation, Check&& check) {
+    faults::Plan plan;
+    for (plan.at = 1;; ++plan.at) {
+        prepare();
+        faults::arm(plan);
+        const int result = LIB(operation());
+        faults::disarm();
+        check(result);
+        if (faults::injected() == 0) return;
+    }
+}
+
+TEST(Allocation, ALabelIsNeverEmptyAndABurnedOneIsBurned) {
+    constexpr RECT kView{0, 0, 600, 200};
+    const std::string text(40, 'i');  // longer than a string keeps in itself
+    const std::vector<std::uint16_t> plain(600 * 200, 7);
+    CRasterDC surface(600, 200);
+    rawImage image;
+    const QVR_ST_RAW_IMAGE record{
+        .Height = 200, .Width = 600, .BitsStored = 14, .PixelData = plain.data(), .Mode = 0};
+    ASSERT_EQ(image.Create(&record) + image.BuildDisplayImage(&kView, &surface, 1), 2);
+    failEachAllocation([&] { image.DeleteAllMark(); },
+                       [&] { return image.AddMark(text.c_str(), &kView, &surface); },
+                       [&](int added) {
+                           CMark mark;
+                           EXPECT_EQ(image.GetMarkCount(), added);
+                           EXPECT_TRUE(!image.GetMark(0, mark) || mark.GetMarkText() == text);
+                       });
+    ASSERT_EQ(image.GetMarkCount(), 1);
+    auto burned = plain, pixels = plain;
+    ASSERT_EQ(image.WriteMark(600, 200, burned.data(), 14, &surface), 1);
+    ASSERT_NE(burned, plain);
+    failEachAllocation([&] { pixels = plain; },
+                       [&] { return image.WriteMark(600, 200, pixels.data(), 14, &surface); },
+                       [&](int done) { EXPECT_TRUE(!done || pixels == burned); });
+}
+
+TEST(Allocation, ATurnHappensAsAWholeOrNotAtAll) {
+    std::vector<std::uint16_t> pixels(60 * 50, 1), before;
+    int width = 0, height = 0;
+    failEachAllocation([&] { pixels[7] = 9, before = pixels, width = height = 0; },
+                       [&] { return QVR_DISP_Rotate(60, 50, pixels.data(), width, height, 0); },
+                       [&](int turned) {
+                           EXPECT_EQ(width, turned ? 50 : 0);
+                           EXPECT_EQ(pixels != before, turned != 0);
+                       });
+}
+
+TEST(Allocation, AProtocolIsTheOldOneOrTheNewOne) {
+    const std::string name(60, 'a');
+    QVR_ST_PROTOCOL before, after;
+    before.AnatomyName = "before";
+    after.AnatomyName = name.c_str();
+    dcmCRSeries series;
+    failEachAllocation([&] { series.CreateProtocol(&before); }, [&] { return series.CreateProtocol(&after); },
+                       [&](int made) {
+                           EXPECT_STREQ(series.GetProtocol()->GetAnatomyName(),
+                                        made ? name.c_str() : "before");
+                       });
+}
+
+TEST(Allocation, AnImageIsCopiedWholeOrNotAtAll) {
+    const std::vector<std::uint16_t> pixels(60 * 50, 7);
+    QVR_ST_QVR_IMAGE small{}, large{};
+    small.Width = small.Height = 3;
+    large.Width = 60, large.Height = 50;
+    small.PixelData = large.PixelData = pixels.data();
+    CQVRImage source, target;
+    ASSERT_EQ(source.Create(&large), 1);
+    failEachAllocation([&] { target.Create(&small); },
+                       [&] { return target = source, target.GetWidth() == 60 ? 1 : 0; },
+                       [&](int) { EXPECT_NE(target.GetPixelData(), nullptr); });
+}
+
+}  // namespace
