@@ -259,6 +259,8 @@ protected:
         };
         const pid_t child = fork();
         if (child == 0) {
+            // A killed program may leave half a file of coverage counters, so it writes them elsewhere.
+            setenv("GCOV_PREFIX", m_temporary.path().c_str(), 1);
             dup2(open("/dev/null", O_WRONLY), 1);
             dup2(open("/dev/null", O_WRONLY), 2);
             execl(QVR_PROGRAM, "qvr", "exam", "build", (m_temporary / "in").c_str(), "-o", exam.c_str(),
