@@ -129,31 +129,6 @@ TEST(Extremes, RectanglesOfThePixelTools) {
     EXPECT_TRUE(output.untouched());
 }
 
-TEST(Extremes, LookupTables) {
-    std::unique_ptr<std::uint8_t[]> table(new std::uint8_t[4096]);
-    for (int type = -1; type < 6; ++type)
-        for (const int low : kInts)
-            for (const int high : kInts)
-                for (const int k : kInts)
-                    EXPECT_EQ(rawImage::Create8BitsLUT(type, low, high, k, k, 4096, table.get()), 1);
-    for (const int size : {INT_MIN, -1, 0})
-        EXPECT_EQ(rawImage::Create8BitsLUT(0, 0, 1, 1, 5, size, nullptr), 1);
-    EXPECT_EQ(rawImage::Create8BitsLUT(0, 0, 1, 1, 5, INT_MAX, nullptr), 1);
-}
-
-TEST(Extremes, RawFiles) {
-    const auto path = (std::filesystem::temp_directory_path() / "qvr-extremes.raw").string();
-    forEverySize(
-        [&](int w, int h, std::uint16_t* p) { return QVR_COMP_WriteRAWFile(path.c_str(), w, h, p); });
-    forEverySize([&](int w, int h, std::uint16_t* p) { return QVR_COMP_ReadRAWFile(path.c_str(), w, h, p); });
-    Exact pixels(1);
-    for (const char* missing : {static_cast<const char*>(nullptr), "", "/", "/no/such/folder/file"}) {
-        EXPECT_EQ(QVR_COMP_WriteRAWFile(missing, 1, 1, pixels.get()), 0);
-        EXPECT_EQ(QVR_COMP_ReadRAWFile(missing, 1, 1, pixels.get()), 0);
-    }
-    std::filesystem::remove(path);
-}
-
 // A resident image.
 std::unique_ptr<rawImage> smallImage(int width = 3, int height = 2) {
     auto image = std::make_unique<rawImage>();
@@ -265,23 +240,6 @@ TEST(Extremes, Marks) {
     EXPECT_EQ(image->WriteMark(3, 2, pixels, 14, nullptr), 0);
 }
 
-TEST(Extremes, PrintImages) {
-    const Exact source(8 * 8);
-    CDib bitmap(4, 4, 8);
-    ASSERT_TRUE(bitmap.CreateSection(nullptr));
-    for (const int column : kInts)
-        for (const int row : kInts)
-            for (const int window : kInts) {
-                const bool inside = column >= 0 && column <= 4 && row >= 0 && row <= 4;
-                EXPECT_EQ(rawImage::CreatePrintImage14Bits(8, 8, source.get(), column, row, window, window, 4,
-                                                           window, window, &bitmap),
-                          inside ? 1 : 0);
-            }
-    for (const int side : kInts)
-        EXPECT_EQ(rawImage::CreatePrintImage12Bits(side, 8, source.get(), 5, 5, 10, 10, 0, 1, 5, &bitmap), 0)
-            << side;
-}
-
 TEST(Extremes, BitmapsAndSurfaces) {
     for (const int width : kInts)
         for (const int height : kInts)
@@ -309,34 +267,6 @@ TEST(Extremes, BitmapsAndSurfaces) {
         EXPECT_TRUE(extent.cx >= 0 && extent.cy >= 0) << height;
         surface.SelectObject(previous);
     }
-}
-
-TEST(Extremes, ExaminationPositions) {
-    dcmExam exam;
-    CRasterDC surface(8, 8);
-    const RECT rectangle{0, 0, 8, 8};
-    const QVR_ST_STUDY studyRecord;
-    const QVR_ST_SERIES seriesRecord;
-    ASSERT_TRUE(exam.CreateStudy(&studyRecord, dcmStudy::CR));
-    ASSERT_TRUE(exam.CreateSeries(0, &seriesRecord));
-    EXPECT_FALSE(exam.CreateStudy(nullptr, dcmStudy::CR));
-    EXPECT_FALSE(exam.CreateSeries(0, nullptr));
-    EXPECT_FALSE(exam.CreateWorklist(nullptr));
-    const QVR_ST_IMAGE image;
-    for (const int position : {INT_MIN, -1, 1, 2, 65535, INT_MAX}) {
-        EXPECT_FALSE(exam.GetStudy(position));
-        EXPECT_FALSE(exam.GetSeriesInRAM(position));
-        EXPECT_FALSE(exam.GetWorklist(position));
-        EXPECT_FALSE(exam.CreateImage(0, position, &image, "", &rectangle, &surface));
-        EXPECT_FALSE(exam.OpenImage(position, 0, &image, &rectangle, &surface));
-        EXPECT_EQ(exam.ActivateImage(0, position, &rectangle, &surface), 0);
-        EXPECT_EQ(exam.RejectImage(position, 0), 0);
-        exam.DrawImage(0, position, &rectangle, &surface);
-        exam.DrawImage(position, 0, nullptr, nullptr);
-        exam.SetLUT(position, 0, 0, 0);
-    }
-    EXPECT_EQ(exam.ReadSeriesInRAM(nullptr, &rectangle, &surface), 0);
-    EXPECT_EQ(exam.WriteSeriesToHDD(nullptr), 0);
 }
 
 TEST(Extremes, StandaloneImage) {
