@@ -10,6 +10,7 @@
 #include "support/fileSizeLimit.h"
 #include "support/pictures.h"
 #include "support/recordingDC.h"
+#include "support/refuseAllocation.h"
 #include "support/temporaryFolder.h"
 
 namespace {
@@ -274,6 +275,8 @@ std::uint8_t foreign[4096];
 TEST(MeddlingTest, IsNoticed) {
     const Meddling rows[] = {
         {"width", [](CDib& b) { b.InfoHeader->biWidth = 9; }},
+        {"negativeWidth", [](CDib& b) { b.InfoHeader->biWidth = -5; }},
+        {"noHeight", [](CDib& b) { b.InfoHeader->biHeight = 0; }},
         {"height", [](CDib& b) { b.InfoHeader->biHeight = 4; }},
         {"bitCount", [](CDib& b) { b.InfoHeader->biBitCount = 24; }},
         {"headerSize", [](CDib& b) { b.InfoHeader->biSize = 12; }},
@@ -316,6 +319,20 @@ TEST(Bitmap, ColoursFollowTheHeaderOrTheBitCount) {
     bitmap.InfoHeader->biSize = 12;
     EXPECT_THROW(bitmap.ComputeMetrics(), CDibException);
     EXPECT_THROW(CDib().ComputeMetrics(), CDibException);
+}
+
+TEST(BitmapStream, WithoutMemoryTheBitmapIsEmpty) {
+    const TemporaryFolder folder;
+    CDib bitmap;
+    CFile file;
+    const auto prepare = [&] { file.Open(folder.file("a.bmp", kGood).c_str(), CFile::modeRead); };
+    const long refusals = refuseEachAllocation(
+        prepare, [&] { return bitmap.Read(&file); },
+        [&](int result, bool refused) {
+            EXPECT_TRUE(result == 1 || refused);  // a picture without palette can be shown
+            EXPECT_TRUE(result == 1 ? bitmap.Bits && bitmap.Bits[0] == 1 : bool(isEmpty(bitmap)));
+        });
+    EXPECT_GT(refusals, 2);
 }
 
 }  // namespace

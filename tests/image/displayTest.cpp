@@ -249,4 +249,19 @@ TEST(Surface, MayCallBackAnywhere) {
         }
 }
 
+TEST(DrawDIB, NeedsSurfaceRectangleAndAGoodBitmap) {
+    Image image(80, 60);
+    RecordingDC surface;
+    EXPECT_EQ(image.DrawDIB(&kScreen, &surface, SRCCOPY), 0);
+    ASSERT_EQ(image.BuildDisplayImage(&kScreen, &surface, 1), 1);
+    EXPECT_EQ(image.DrawDIB(&kScreen, nullptr, SRCCOPY), 0);
+    EXPECT_EQ(image.DrawDIB(nullptr, &surface, SRCCOPY), 0);
+    image.GetDIB()->InfoHeader->biHeight = 601;
+    EXPECT_EQ(image.DrawDIB(&kScreen, &surface, SRCCOPY), 0);
+    EXPECT_TRUE(surface.drawn.empty());
+    image.GetDIB()->InfoHeader->biHeight = 600;
+    EXPECT_EQ(image.DrawDIB(&kScreen, &surface, 42), 1);
+    EXPECT_EQ(surface.drawn, std::vector<std::string>{"stretch 0,0 800x600 rop 42"});
+}
+
 }  // namespace

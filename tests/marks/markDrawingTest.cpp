@@ -91,4 +91,21 @@ TEST_F(MarkDrawingTest, FrameAndCrossPixelByPixel) {
     EXPECT_TRUE(holds(whole, [](int x, int y) { return frameOf(x, y) | crossOf(x, y); }));
 }
 
+TEST_F(MarkDrawingTest, NullDrawsNothing) {
+    const CMark mark;
+    EXPECT_EQ(drawnBy([&] {
+                  m_image.DrawAllMarks(nullptr, &m_surface);
+                  m_image.DrawAllMarks(&kRect, nullptr);
+                  m_image.DrawMark(nullptr, &kRect, &m_surface);
+                  m_image.DrawMark(&mark, nullptr, &m_surface);
+                  m_image.DrawMark(&mark, &kRect, nullptr);
+                  m_image.DrawMark(&mark, &kRect, &m_surface);  // font height 0
+                  m_image.DrawRectFrame(nullptr, kGreen, &m_surface);
+                  m_image.DrawRectFrame(&kRect, kGreen, nullptr);
+                  m_image.DrawRectSelectedCross(nullptr, kGreen, &m_surface);
+                  m_image.DrawRectSelectedCross(&kRect, kGreen, nullptr);
+              }),
+              Strings{});
+}
+
 }  // namespace

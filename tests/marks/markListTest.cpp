@@ -5,6 +5,7 @@
 #include <limits>
 
 #include "marks/markSurface.h"
+#include "support/refuseAllocation.h"
 
 namespace {
 
@@ -230,6 +231,35 @@ TEST_F(MarkListTest, ASurfaceMayThrowOrDeleteMarksAtEveryCall) {
                     EXPECT_EQ(m_image.GetMarkCount(), 0) << operation << ' ' << call;
                 }
             }
+}
+
+TEST_F(MarkListTest, WithoutMemoryNoMarkIsHalfMade) {
+    const std::string text(40, 'i');
+    m_surface.percentPerLetter = 2;
+    const long refusals = refuseEachAllocation(
+        [&] { m_image.DeleteAllMark(), m_surface.drawn.clear(), m_surface.drawn.reserve(100); },
+        [&] { return add(text.c_str()); },
+        [&](int added, bool) {
+            ASSERT_EQ(m_image.GetMarkCount(), added);
+            if (!added) return;
+            EXPECT_EQ(mark(0).GetMarkText(), text);
+        });
+    EXPECT_GE(refusals, 2);
+    const auto before = m_image.marks();
+    for (const bool inflates : {true, false})
+        refuseEachAllocation([&] { m_image.DeflateMark(0); },
+                             [&] {
+                                 inflates ? m_image.InflateMark(0, &kRect, &m_surface)
+                                          : m_image.MoveMark(0, 0, 0, &kRect, &m_surface);
+                                 return 1;
+                             },
+                             [&](int, bool) {
+                                 EXPECT_EQ(mark(0).GetPIXLeftTop().y, 0);
+                                 EXPECT_EQ(mark(0).GetDISPLeftTop(), (CPoint{105, 50}));
+                             });
+    CMark out;
+    refuseEachAllocation([&] { out = CMark(); }, [&] { return m_image.GetMark(0, out); },
+                         [&](int got, bool) { EXPECT_EQ(out.GetMarkText(), got ? text : ""); });
 }
 
 }  // namespace

@@ -183,6 +183,9 @@ TEST_F(ResidencyTest, RequestsGoByPosition) {
     EXPECT_TRUE(made && made == m_study->GetSeries(0)->GetProtocol());
     EXPECT_TRUE(!m_exam.CreateProtocol(0, 0, nullptr) && !m_exam.CreateProtocol(0, 1, &protocol) &&
                 !m_exam.CreateProtocol(1, 0, &protocol));
+    const QVR_ST_WORKLIST entry{};
+    const dcmWorklist* const queued = m_exam.CreateWorklist(&entry);
+    EXPECT_TRUE(queued && m_exam.GetWorklist(0) == queued && !m_exam.GetWorklist(1));
     acquire(2);
     m_exam.SetLUT(0, 4, 3, 2);
     m_exam.SetLUT(1, 0, 0, 0);

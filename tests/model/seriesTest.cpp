@@ -261,4 +261,15 @@ TEST_F(SeriesTest, DrawingSurvivesASurfaceThatThrowsOrRejectsTheImage) {
         }
 }
 
+TEST_F(SeriesTest, NullArgumentsAreRefusedBeforeAnImageIsMade) {
+    const QVR_ST_IMAGE record = imageRecord(1);
+    const char* const folder = m_folder.path().c_str();
+    EXPECT_EQ(m_series->CreateImage(nullptr, folder, &kScreen, &m_surface), 0);
+    EXPECT_EQ(m_series->CreateImage(&record, nullptr, &kScreen, &m_surface), 0);
+    EXPECT_EQ(m_series->CreateImage(&record, folder, nullptr, &m_surface), 0);
+    EXPECT_EQ(m_series->IsImageExist(), 0);
+    EXPECT_TRUE(fs::is_empty(folder));
+    EXPECT_EQ(m_series->CreateImage(&record, folder, &kScreen, nullptr), 1);  // the surface may be missing
+}
+
 }  // namespace

@@ -105,6 +105,8 @@ INSTANTIATE_TEST_SUITE_P(
         Update{"pixelsNull", pixels(14, nullptr, &kLarge), 0, false, false, kBefore, 0, 0, true},
         Update{"displayRefreshed", shows(&kOther, 1), 1, true, true, kBefore, 0},
         Update{"displayNowhere", shows(nullptr, 1), 0, false, false, kBefore, 0},
+        Update{"displayOnly", shows(&kOther, 0), 1, true, false, kBefore, 0},
+        Update{"windowNoCentre", window(2000, 0), 0, false, false, kBefore, 0, 0, true},
         Update{"window", window(2000, 1000), 1, true, true, "37 23 14 13 2000 1000 ", 1},
         Update{"windowPanned", window(2000, 1000), 1, true, false, "37 23 14 13 2000 1000 ", 1, 3},
         Update{"windowNoWidth", window(0, 1000), 0, false, false, kBefore, 0, 0, true},

@@ -162,6 +162,8 @@ TEST(Protocol, KeepsEveryValueOfItsRecord) {
                                  34,   35,   36,   37,   38,   39,   40, 41,   "t42"};
     dcmProtocol protocol(&record);
     const dcmProtocol copy(protocol);
+    dcmProtocol assigned;
+    assigned = protocol;
     int value = 100;
     using P = dcmProtocol;
     for (const auto set :
@@ -175,6 +177,7 @@ TEST(Protocol, KeepsEveryValueOfItsRecord) {
         listedProtocol(protocol),
         "t1 t2 t3 t4 t5 t6 -7 t8 t9 -10 11 -12 13 14 15 100 101 102 0.1 0.2 0.3 0.4 23 103 104 105 106 107 "
         "108 109 31 110 111 112 113 114 115 116 117 118 119 t42 ");
+    EXPECT_EQ(listedProtocol(assigned), listedProtocol(copy));
     EXPECT_EQ(listedProtocol(copy),
               "t1 t2 t3 t4 t5 t6 -7 t8 t9 -10 11 -12 13 14 15 16 17 18 81.5 20.5 21.5 22.5 23 24 25 26 27 28 "
               "29 -30 31 32 33 34 35 36 37 38 39 40 41 t42 ");
@@ -222,10 +225,24 @@ TEST(Equipment, KeepsEveryValueOfItsRecord) {
     const QVR_ST_EQUIPMENT record{"t1", "t2", "t3", "t4", "t5", "t6", "t7", -8, 9};
     EXPECT_EQ(e.Create(&record), 1);
     EXPECT_EQ(e.Create(nullptr), 0);
+    const dcmEquipment copy(e);
+    e = dcmEquipment();
+    EXPECT_STREQ(e.GetManufacturer(), "");
+    e = copy;
     EXPECT_EQ(listed(e.GetManufacturer(), e.GetInstitutionName(), e.GetInstitutionAddress(),
                      e.GetStationName(), e.GetManufacturerModelName(), e.GetDeviceSerialNumber(),
                      e.GetSoftwareVersion(), e.GetDeviceNumber(), e.GetSerialNumber()),
               "t1 t2 t3 t4 t5 t6 t7 -8 9 ");
+}
+
+TEST(AgeString, CopiesStandAlone) {
+    dcmAgeString source(COleDateTime::GetCurrentTime() - COleDateTimeSpan(800));
+    const dcmAgeString copy(source);
+    dcmAgeString assigned;
+    assigned = source;
+    source.SetPatientBirthDate(COleDateTime::GetCurrentTime());
+    EXPECT_STREQ(copy.GetAgeString(), "002Y");
+    EXPECT_STREQ(assigned.GetAgeString(), "002Y");
 }
 
 }  // namespace

@@ -238,8 +238,8 @@ TEST_F(DicomOutputTest, ShowsWhatIsRendered) {
         const std::string which = view.curve == "linear" ? " +Wi 1 " : " +Wl 1 ";
         ASSERT_EQ(std::system(("dcm2pnm +op" + which + written + " " + (m_folder / "theirs.pgm")).c_str()),
                   0);
-        const auto result = runTool(
-            {"render", written, "-o", m_folder / "ours.pgm", "--window", "file", "--curve", view.curve});
+        const auto result = runTool({"render", written, "-o", m_folder / "ours.pgm", "--force", "--window",
+                                     "file", "--curve", view.curve});
         ASSERT_EQ(result.code, 0) << result.err;
         const auto theirs = contentOf(m_folder / "theirs.pgm");
         const auto ours = contentOf(m_folder / "ours.pgm");

@@ -151,4 +151,19 @@ TEST(InvertTest, TurnsValuesRound) {
     }
 }
 
+TEST(Masking, NullIsRefused) {
+    auto buffer = ramp(20, 20);
+    const RECT r{0, 20, 20, 0};
+    int center = 9;
+    EXPECT_EQ(QVR_DISP_Mask(20, 20, nullptr, &r, 0), 0);
+    EXPECT_EQ(QVR_DISP_Mask(20, 20, buffer.data(), nullptr, 0), 0);
+    EXPECT_EQ(QVR_DISP_Cut_Mask(20, 20, nullptr, &r, &r, 20, 20, buffer.data(), 0), 0);
+    EXPECT_EQ(QVR_DISP_Cut_Mask(20, 20, buffer.data(), nullptr, &r, 20, 20, buffer.data(), 0), 0);
+    EXPECT_EQ(QVR_DISP_Cut_Mask(20, 20, buffer.data(), &r, nullptr, 20, 20, buffer.data(), 0), 0);
+    EXPECT_EQ(QVR_DISP_Cut_Mask(20, 20, buffer.data(), &r, &r, 20, 20, nullptr, 0), 0);
+    EXPECT_EQ(QVR_DISP_Invert(20, 20, nullptr, 14, 5, center), 0);
+    EXPECT_EQ(center, 9);
+    EXPECT_EQ(buffer, ramp(20, 20));
+}
+
 }  // namespace
