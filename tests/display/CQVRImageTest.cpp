@@ -10,6 +10,7 @@
 #include "qvr/image/rawImage.h"
 #include "support/pictures.h"
 #include "support/recordingDC.h"
+#include "support/refuseAllocation.h"
 
 namespace {
 
@@ -208,6 +209,32 @@ TEST_F(CQVRImageTest, CopiesAreDeep) {
     const CQVRImage& self = copy;
     copy = self;
     EXPECT_EQ(copy.GetPixelData()[0], 12345);
+}
+
+TEST_F(CQVRImageTest, OtherDepthsGetABlackBitmap) {
+    ASSERT_EQ(m_image.Update(20, 10, ramp(20, 10).data(), 12, 11, 300, 200), 1);
+    EXPECT_EQ(m_image.BuildDisplayImage(&kScreen, &m_surface, 1), 0);
+    EXPECT_EQ(bitmapOf(m_image), std::vector<std::uint8_t>(80 * 40, 0));
+    EXPECT_EQ(m_image.UpdateDisplayImage(), 0);
+    EXPECT_EQ(CQVRImage().BuildDisplayImage(&kScreen, &m_surface, 1), 0);
+}
+
+TEST_F(CQVRImageTest, CopiesWithoutMemoryAreAllOrNothing) {
+    create(37, 23);
+    ASSERT_EQ(m_image.BuildDisplayImage(&kScreen, &m_surface, 1), 1);
+    const auto small = ramp(3, 3);
+    const auto r = record(3, 3, small);
+    std::optional<CQVRImage> target;
+    const long refusals =
+        refuseEachAllocation([&] { target.emplace().Create(&r); }, [&] { return *target = m_image, 1; },
+                             [&](int, bool) {
+                                 const bool taken = target->GetWidth() == 37;
+                                 EXPECT_EQ(valuesOf(*target)[0], taken ? 37 : 3);
+                                 EXPECT_TRUE(samePicture(taken ? m_pixels : small, target->GetPixelData(),
+                                                         taken ? 37 : 3, taken ? 23 : 3));
+                                 EXPECT_EQ(target->GetDIB() != nullptr, taken);
+                             });
+    EXPECT_GE(refusals, 4);
 }
 
 }  // namespace

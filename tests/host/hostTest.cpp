@@ -80,6 +80,7 @@ TEST(Host, CatchesTheTwoErrorsThatAreThrown) {
     EXPECT_THROW(CFile().Read(&byte, 1), CFileException);
     EXPECT_THROW(CFile().Write(&byte, 1), std::exception);
     EXPECT_THROW(CDib().ComputeMetrics(), CException);
+    EXPECT_STRNE(CException().what(), "");
     const CFileException file(5);
     const CDibException bitmap;
     for (const std::exception* error :

@@ -262,4 +262,20 @@ TEST_F(MarkListTest, WithoutMemoryNoMarkIsHalfMade) {
                          [&](int got, bool) { EXPECT_EQ(out.GetMarkText(), got ? text : ""); });
 }
 
+TEST_F(MarkListTest, ExtremeRectanglesAndViewsAreHarmless) {
+    for (const RECT& r :
+         {RECT{kLow, kLow, kHigh, kHigh}, RECT{kHigh, kHigh, kLow, kLow}, RECT{kHigh, 0, kHigh, 0}})
+        for (const float ratio : {1e-40f, 1e-6f, 3e38f})
+            for (const int offset : {kLow, kHigh}) {
+                m_image.SetXRatio(ratio), m_image.SetYRatio(ratio);
+                m_image.SetXOffset(offset), m_image.SetYOffset(offset);
+                m_image.DeleteAllMark();
+                const int added = tryAll(m_image, 0, &r, &m_surface);
+                EXPECT_EQ(m_image.GetMarkCount(), added);
+                tryAll(m_image, 0, &r, &m_surface);
+                m_image.DrawAllMarks(&r, &m_surface);
+                m_image.PtInMarkRect({offset, offset}, &m_surface);
+            }
+}
+
 }  // namespace
