@@ -100,15 +100,6 @@ TEST(BlockConversion, BlocksTooLargeFor32BitsAreAddedUp) {
     }
 }
 
-TEST(BlockConversion, BlocksStartWhereTheSinglePrecisionPitchSays) {
-    const auto spans = qvr::blockSpans(8, 100, 0, 0.3f);
-    EXPECT_EQ(spans.length, 3);
-    EXPECT_EQ(spans.first, (std::vector<std::int32_t>{0, 3, 6, 9, 13, 16, 19, 23}));
-    EXPECT_EQ(qvr::blockSpans(4, 100, 2, 0.25f).end, (std::vector<std::int32_t>{6, 10, 14, 18}));
-    // 3000 pixels on 800: 1 / 0.26666668f is 3.7499998, so block 4 starts just before the 15 of 3000 / 800.
-    EXPECT_EQ(qvr::blockSpans(5, 100, 0, 0.26666668f).first.back(), 14);
-}
-
 TEST(BlockConversion, RefusalsLeaveTheBitmapAsItWas) {
     const auto pixels = ramp(20, 20);
     const qvr::DisplaySource source{pixels.data(), 20, 20, 14, {1000, 500}, {}};

@@ -9,7 +9,6 @@
 #include "qvr/platform/CRasterDC.h"
 #include "support/pictures.h"
 #include "support/recordingDC.h"
-#include "support/refuseAllocation.h"
 #include "support/temporaryFolder.h"
 
 namespace {
@@ -43,73 +42,71 @@ struct Fit {
     CSize size;  // (0, 0): refused
     float xRatio = 9.0f, yRatio = 8.0f;
 };
-class FitTest : public testing::TestWithParam<Fit> {};
 
-TEST_P(FitTest, KeepsTheShapeOrRefuses) {
-    const Fit& row = GetParam();
-    Image image(row.width, row.height);
-    image.SetXRatio(9.0f);
-    image.SetYRatio(8.0f);
-    EXPECT_TRUE(image.ComputeZoomRatio(&row.rectangle) == row.size);
-    EXPECT_EQ(image.GetXRatio(), row.xRatio);
-    EXPECT_EQ(image.GetYRatio(), row.yRatio);
-    EXPECT_EQ(image.BuildDisplayImage(&row.rectangle, nullptr, 1), row.size.cx > 0 ? 1 : 0);
-    EXPECT_TRUE(image.bitmapSize() == row.size) << image.bitmapSize().cx << " x " << image.bitmapSize().cy;
+TEST(FitTest, KeepsTheShapeOrRefuses) {
+    const Fit rows[] = {{"wider", 3000, 2000, kScreen, {800, 533}, 0.26666668f, 0.2665f},
+                        {"taller", 200, 300, {-10, 5, 790, 605}, {400, 600}, 2.0f, 2.0f},
+                        {"onePixel", 1, 1, kScreen, {600, 600}, 600.0f, 600.0f},
+                        {"tooThin", 3000, 1, {0, 0, 800, 600}, {0, 0}},
+                        {"tooFlat", 1, 3000, kScreen, {0, 0}},
+                        {"noPixels", 0, 0, kScreen, {0, 0}},
+                        {"noWidth", 30, 20, {5, 0, 5, 9}, {0, 0}},
+                        {"noHeight", 30, 20, {0, 9, 9, 9}, {0, 0}},
+                        {"inverted", 30, 20, {800, 600, 0, 0}, {0, 0}},
+                        {"largest", 30, 20, {kMin, kMin, kMax, kMax}, {0, 0}}};
+    for (const Fit& row : rows) {
+        SCOPED_TRACE(row.name);
+        Image image(row.width, row.height);
+        image.SetXRatio(9.0f);
+        image.SetYRatio(8.0f);
+        EXPECT_TRUE(image.ComputeZoomRatio(&row.rectangle) == row.size);
+        EXPECT_EQ(image.GetXRatio(), row.xRatio);
+        EXPECT_EQ(image.GetYRatio(), row.yRatio);
+        EXPECT_EQ(image.BuildDisplayImage(&row.rectangle, nullptr, 1), row.size.cx > 0 ? 1 : 0);
+        EXPECT_TRUE(image.bitmapSize() == row.size)
+            << image.bitmapSize().cx << " x " << image.bitmapSize().cy;
+    }
 }
-INSTANTIATE_TEST_SUITE_P(Rectangle, FitTest,
-                         testing::Values(Fit{"wider", 3000, 2000, kScreen, {800, 533}, 0.26666668f, 0.2665f},
-                                         Fit{"sameShape", 1600, 1200, kScreen, {800, 600}, 0.5f, 0.5f},
-                                         Fit{"taller", 200, 300, {-10, 5, 790, 605}, {400, 600}, 2.0f, 2.0f},
-                                         Fit{"onePixel", 1, 1, kScreen, {600, 600}, 600.0f, 600.0f},
-                                         Fit{"tooThin", 3000, 1, {0, 0, 800, 600}, {0, 0}},
-                                         Fit{"tooFlat", 1, 3000, kScreen, {0, 0}},
-                                         Fit{"noPixels", 0, 0, kScreen, {0, 0}},
-                                         Fit{"noWidth", 30, 20, {5, 0, 5, 9}, {0, 0}},
-                                         Fit{"noHeight", 30, 20, {0, 9, 9, 9}, {0, 0}},
-                                         Fit{"inverted", 30, 20, {800, 600, 0, 0}, {0, 0}},
-                                         Fit{"upsideDown", 30, 20, {0, 600, 800, 0}, {0, 0}},
-                                         Fit{"largest", 30, 20, {kMin, kMin, kMax, kMax}, {0, 0}}),
-                         nameOf);
 
 struct Zoom {
     const char* name;
     float xRatio, yRatio;
     CSize size;
 };
-class ZoomTest : public testing::TestWithParam<Zoom> {};
 
-TEST_P(ZoomTest, TakesTheSizeFromStoredRatios) {
-    const auto& [name, xRatio, yRatio, size] = GetParam();
-    Image image(300, 200);
-    ASSERT_EQ(image.BuildDisplayImage(&kScreen, nullptr, 1), 1);
-    const CDib* const before = image.GetDIB();
-    EXPECT_EQ(image.BuildDisplayImage(nullptr, nullptr, 0), 0);
-    image.SetXRatio(xRatio);
-    image.SetYRatio(yRatio);
-    image.SetXOffset(7);
-    constexpr RECT small{10, 10, 90, 70};
-    EXPECT_EQ(image.BuildDisplayImage(&small, nullptr, 0), size.cx > 0 ? 1 : 0);
-    EXPECT_EQ(image.GetXOffset(), 7);
-    if (size.cx > 0) {
-        EXPECT_TRUE(image.bitmapSize() == size) << image.bitmapSize().cx << " x " << image.bitmapSize().cy;
-    } else {
-        EXPECT_EQ(image.GetDIB(), before);
-        EXPECT_TRUE(image.GetXRatio() == xRatio || xRatio != xRatio);
+constexpr float kNaN = std::numeric_limits<float>::quiet_NaN(), kInf = std::numeric_limits<float>::infinity();
+
+TEST(ZoomTest, TakesTheSizeFromStoredRatios) {
+    const Zoom rows[] = {{"cutToTheRectangle", 0.5f, 0.5f, {80, 60}},
+                         // 300 * 0.08f is 24 in single precision and 23.999999 in double.
+                         {"singlePrecision", 0.08f, 0.08f, {24, 16}},
+                         {"onlyOne", 0.5f, 0.0f, {}},
+                         {"notANumber", kNaN, 0.5f, {}},
+                         {"lessThanAPixel", 0.003f, 0.5f, {}},
+                         {"lowerThanAPixel", 0.5f, 0.004f, {}},
+                         {"both0", 0.0f, 0.0f, {80, 53}}};
+    for (const Zoom& row : rows) {
+        SCOPED_TRACE(row.name);
+        const auto& [name, xRatio, yRatio, size] = row;
+        Image image(300, 200);
+        ASSERT_EQ(image.BuildDisplayImage(&kScreen, nullptr, 1), 1);
+        const CDib* const before = image.GetDIB();
+        EXPECT_EQ(image.BuildDisplayImage(nullptr, nullptr, 0), 0);
+        image.SetXRatio(xRatio);
+        image.SetYRatio(yRatio);
+        image.SetXOffset(7);
+        constexpr RECT small{10, 10, 90, 70};
+        EXPECT_EQ(image.BuildDisplayImage(&small, nullptr, 0), size.cx > 0 ? 1 : 0);
+        EXPECT_EQ(image.GetXOffset(), 7);
+        if (size.cx > 0) {
+            EXPECT_TRUE(image.bitmapSize() == size)
+                << image.bitmapSize().cx << " x " << image.bitmapSize().cy;
+        } else {
+            EXPECT_EQ(image.GetDIB(), before);
+            EXPECT_TRUE(image.GetXRatio() == xRatio || xRatio != xRatio);
+        }
     }
 }
-constexpr float kNaN = std::numeric_limits<float>::quiet_NaN(), kInf = std::numeric_limits<float>::infinity();
-INSTANTIATE_TEST_SUITE_P(Ratio, ZoomTest,
-                         testing::Values(Zoom{"cutToTheRectangle", 0.5f, 0.5f, {80, 60}},
-                                         Zoom{"truncated", 0.1999f, 0.1f, {59, 20}},
-                                         // 300 * 0.08f is 24 in single precision and 23.999999 in double.
-                                         Zoom{"singlePrecision", 0.08f, 0.08f, {24, 16}},
-                                         Zoom{"enlarged", 2.0f, 1e30f, {80, 60}},
-                                         Zoom{"onlyOne", 0.5f, 0.0f, {}}, Zoom{"negative", -0.5f, 0.5f, {}},
-                                         Zoom{"notANumber", kNaN, 0.5f, {}}, Zoom{"infinite", 0.5f, kInf, {}},
-                                         Zoom{"lessThanAPixel", 0.003f, 0.5f, {}},
-                                         Zoom{"lowerThanAPixel", 0.5f, 0.004f, {}},
-                                         Zoom{"both0", 0.0f, 0.0f, {80, 53}}),
-                         nameOf);
 
 TEST(BuildDisplayImage, ResetForgetsTheView) {
     Image image(300, 200);
@@ -174,100 +171,42 @@ TEST(UpdateDisplayImage, FollowsWindowAndCurveInTheSameBitmap) {
     EXPECT_EQ(image.bytes(), updated);
 }
 
-TEST(BuildDisplayImage, WithoutMemoryThereIsAWholePictureOrNone) {
-    Image image(400, 300);
-    ASSERT_EQ(image.BuildDisplayImage(&kScreen, nullptr, 1), 1);
-    const auto whole = image.bytes();
-    RecordingDC surface;
-    const auto build = [&] { return image.BuildDisplayImage(&kScreen, &surface, 1); };
-    const long refusals = refuseEachAllocation([] {}, build,
-                                               [&](int result, bool refused) {
-                                                   EXPECT_TRUE(result == 1 || refused);
-                                                   EXPECT_EQ(result == 1, image.GetDIB() != nullptr);
-                                                   EXPECT_TRUE(result == 0 || image.bytes() == whole);
-                                               });
-    EXPECT_GT(refusals, 8);
-}
-
 struct Placement {
     const char* name;
     CSize bitmap;
     RECT rectangle;
     std::vector<std::string> drawn;
 };
-class DrawDIBTest : public testing::TestWithParam<Placement> {};
 
-TEST_P(DrawDIBTest, LetterBoxes) {
-    const auto& [name, size, rectangle, drawn] = GetParam();
-    Image image(size.cx, size.cy);
-    const RECT own{0, 0, size.cx, size.cy};
-    ASSERT_EQ(image.BuildDisplayImage(&own, nullptr, 1), 1);
-    RecordingDC surface;
-    EXPECT_EQ(image.DrawDIB(&rectangle, &surface, SRCCOPY), drawn.empty() ? 0 : 1);
-    EXPECT_EQ(surface.drawn, drawn);
-    surface.drawn.clear();
-    image.Draw(&rectangle, &surface);
-    EXPECT_EQ(surface.drawn, drawn);
-}
-INSTANTIATE_TEST_SUITE_P(
-    Rules, DrawDIBTest,
-    testing::Values(
-        Placement{
-            "wide", {800, 533}, kScreen, {"fill 0,0,800,33", "fill 0,566,800,600", "stretch 0,33 800x533"}},
-        Placement{
-            "tall", {400, 600}, kScreen, {"fill 0,0,200,600", "fill 600,0,800,600", "stretch 200,0 400x600"}},
-        Placement{"filling", {800, 600}, kScreen, {"stretch 0,0 800x600"}},
-        Placement{"small",
-                  {400, 300},
-                  kScreen,
-                  {"fill 0,0,800,150", "fill 0,450,800,600", "fill 0,0,200,600", "fill 600,0,800,600",
-                   "stretch 200,150 400x300"}},
-        Placement{"smallOdd",
-                  {33, 25},
-                  {-20, 10, 60, 70},
-                  {"fill -20,10,60,27", "fill -20,52,60,70", "fill -20,10,3,70", "fill 36,10,60,70",
-                   "stretch 3,27 33x25"}},
-        Placement{"wideShrunk",
-                  {800, 533},
-                  {10, 20, 410, 320},
-                  {"fill 10,20,410,37", "fill 10,303,410,320", "stretch 10,37 400x266"}},
-        Placement{"tallShrunk",
-                  {401, 600},
-                  {0, 0, 300, 300},
-                  {"fill 0,0,50,300", "fill 250,0,300,300", "stretch 50,0 200x300"}},
-        Placement{"fillingShrunk", {800, 600}, {7, 9, 407, 309}, {"stretch 7,9 400x300"}},
-        Placement{"empty", {80, 60}, {5, 5, 5, 50}, {}}, Placement{"inverted", {80, 60}, {50, 50, 5, 5}, {}},
-        Placement{"largest", {80, 60}, {kMin, kMin, kMax, kMax}, {}}),
-    nameOf);
-
-TEST(DrawDIB, NeedsSurfaceRectangleAndAGoodBitmap) {
-    Image image(80, 60);
-    RecordingDC surface;
-    EXPECT_EQ(image.DrawDIB(&kScreen, &surface, SRCCOPY), 0);
-    ASSERT_EQ(image.BuildDisplayImage(&kScreen, &surface, 1), 1);
-    constexpr RECT wide{0, 0, 900, 600};  // with something to fill
-    EXPECT_EQ(image.DrawDIB(&wide, nullptr, SRCCOPY), 0);
-    EXPECT_EQ(image.DrawDIB(nullptr, &surface, SRCCOPY), 0);
-    image.GetDIB()->InfoHeader->biHeight = 601;
-    EXPECT_EQ(image.DrawDIB(&kScreen, &surface, SRCCOPY), 0);
-    EXPECT_TRUE(surface.drawn.empty());
-    image.GetDIB()->InfoHeader->biHeight = 600;
-    EXPECT_EQ(image.DrawDIB(&kScreen, &surface, 42), 1);
-    EXPECT_EQ(surface.drawn, std::vector<std::string>{"stretch 0,0 800x600 rop 42"});
-}
-
-TEST(Draw, ShowsTheFirstRowAtTheBottom) {
-    Image image(8, 6);
-    image.SetWindowWidth(700);
-    image.SetWindowCenter(350);
-    const RECT own{0, 0, 8, 6};
-    ASSERT_EQ(image.BuildDisplayImage(&own, nullptr, 1), 1);
-    CRasterDC surface(8, 6);
-    image.Draw(&own, &surface);
-    // ramp: 1 at the bottom left, 50 to the right of it, 656 at the top left; 256 grey levels for 701 values
-    EXPECT_EQ(surface.GetPixel(0, 5), 0u);
-    EXPECT_EQ(surface.GetPixel(7, 5), 0x121212u);
-    EXPECT_EQ(surface.GetPixel(0, 0), 0xEEEEEEu);
+TEST(DrawDIBTest, LetterBoxes) {
+    const Placement rows[] = {
+        {"wide", {800, 533}, kScreen, {"fill 0,0,800,33", "fill 0,566,800,600", "stretch 0,33 800x533"}},
+        {"tall", {400, 600}, kScreen, {"fill 0,0,200,600", "fill 600,0,800,600", "stretch 200,0 400x600"}},
+        {"filling", {800, 600}, kScreen, {"stretch 0,0 800x600"}},
+        {"smallOdd",
+         {33, 25},
+         {-20, 10, 60, 70},
+         {"fill -20,10,60,27", "fill -20,52,60,70", "fill -20,10,3,70", "fill 36,10,60,70",
+          "stretch 3,27 33x25"}},
+        {"wideShrunk",
+         {800, 533},
+         {10, 20, 410, 320},
+         {"fill 10,20,410,37", "fill 10,303,410,320", "stretch 10,37 400x266"}},
+        {"empty", {80, 60}, {5, 5, 5, 50}, {}},
+        {"largest", {80, 60}, {kMin, kMin, kMax, kMax}, {}}};
+    for (const Placement& row : rows) {
+        SCOPED_TRACE(row.name);
+        const auto& [name, size, rectangle, drawn] = row;
+        Image image(size.cx, size.cy);
+        const RECT own{0, 0, size.cx, size.cy};
+        ASSERT_EQ(image.BuildDisplayImage(&own, nullptr, 1), 1);
+        RecordingDC surface;
+        EXPECT_EQ(image.DrawDIB(&rectangle, &surface, SRCCOPY), drawn.empty() ? 0 : 1);
+        EXPECT_EQ(surface.drawn, drawn);
+        surface.drawn.clear();
+        image.Draw(&rectangle, &surface);
+        EXPECT_EQ(surface.drawn, drawn);
+    }
 }
 
 // --- surfaces that misbehave --------------------------------------------------------------------------------------
@@ -312,6 +251,22 @@ TEST(Surface, MayCallBackAnywhere) {
                 << "action " << action << " at call " << when;
             EXPECT_EQ(image.BuildDisplayImage(&kScreen, &surface, 1), 1);
         }
+}
+
+TEST(DrawDIB, NeedsSurfaceRectangleAndAGoodBitmap) {
+    Image image(80, 60);
+    RecordingDC surface;
+    EXPECT_EQ(image.DrawDIB(&kScreen, &surface, SRCCOPY), 0);
+    ASSERT_EQ(image.BuildDisplayImage(&kScreen, &surface, 1), 1);
+    constexpr RECT wide{0, 0, 900, 600};  // with something to fill
+    EXPECT_EQ(image.DrawDIB(&wide, nullptr, SRCCOPY), 0);
+    EXPECT_EQ(image.DrawDIB(nullptr, &surface, SRCCOPY), 0);
+    image.GetDIB()->InfoHeader->biHeight = 601;
+    EXPECT_EQ(image.DrawDIB(&kScreen, &surface, SRCCOPY), 0);
+    EXPECT_TRUE(surface.drawn.empty());
+    image.GetDIB()->InfoHeader->biHeight = 600;
+    EXPECT_EQ(image.DrawDIB(&kScreen, &surface, 42), 1);
+    EXPECT_EQ(surface.drawn, std::vector<std::string>{"stretch 0,0 800x600 rop 42"});
 }
 
 }  // namespace

@@ -347,10 +347,4 @@ TEST_F(ExportTest, AFailedCommitLeavesTheImageFile) {
     }
 }
 
-TEST_F(ExportTest, AnImageThatIsNeitherNewNorOpenedExportsNothing) {
-    EXPECT_EQ(m_image.WriteFileForPRES((m_folder / "a.raw").c_str(), &m_surface), 0);
-    EXPECT_EQ(m_image.WriteFileForPROC((m_folder / "a.raw").c_str()), 0);
-    EXPECT_EQ(files(), Names{});
-}
-
 }  // namespace

@@ -18,37 +18,11 @@ struct Depth {
     Print print;
     int bits, largest;
 };
-class PrintTest : public testing::TestWithParam<Depth> {
-protected:
-    // A row of values, printed as a bitmap of one row.
-    std::vector<int> printed(const std::vector<std::uint16_t>& values, int width, int center, int type = 0,
-                             int k = 1, int c = 5) {
-        const int count = static_cast<int>(values.size());
-        const auto bitmap = qvr::makeGreyBitmap(count, 1, nullptr);
-        EXPECT_EQ(GetParam().print(count, 1, values.data(), 0, 0, width, center, type, k, c, bitmap.get()),
-                  1);
-        return {bitmap->Bits, bitmap->Bits + count};
-    }
-};
+class PrintTest : public testing::TestWithParam<Depth> {};
 INSTANTIATE_TEST_SUITE_P(Depths, PrintTest,
                          testing::Values(Depth{"bits14", rawImage::CreatePrintImage14Bits, 14, 16383},
                                          Depth{"bits12", rawImage::CreatePrintImage12Bits, 12, 4095}),
                          nameOf);
-
-TEST_P(PrintTest, EveryValueOfEveryCurveEqualsTheReference) {
-    std::vector<std::uint16_t> all(65536);
-    for (std::size_t v = 0; v < all.size(); ++v) all[v] = static_cast<std::uint16_t>(v);
-    const auto [name, print, bits, largest] = GetParam();
-    for (const auto& [width, center] :
-         {std::pair(largest + 1, (largest + 1) / 2), std::pair(500, 1000), std::pair(1, 77)})
-        for (int type = 0; type <= 5; ++type) {
-            const auto table = reference::Table::ofWindow(width, center, type, 3, 4, bits);
-            const auto found = printed(all, width, center, type, 3, 4);
-            for (int v = 0; v < 65536; ++v)
-                ASSERT_EQ(found[static_cast<std::size_t>(v)], table(std::min(v, largest)))
-                    << "value " << v << ", curve " << type << ", window " << width << '/' << center;
-        }
-}
 
 TEST_P(PrintTest, TakesItsRegionRowByRow) {
     const auto pixels = ramp(1000, 90);
@@ -99,20 +73,6 @@ TEST_P(PrintTest, RefusesWhatItCannotFill) {
     std::fill_n(bitmap->Bits, 200, std::uint8_t{99});
     EXPECT_EQ(print(40, 0, 20, 20, bitmap.get()), 1);  // the height is not given
     EXPECT_EQ(std::count(bitmap->Bits, bitmap->Bits + 200, 99), 0);
-}
-
-TEST(Print, ExamplesWorkedOutByHand) {
-    std::uint16_t value = 4095;
-    const auto bitmap = qvr::makeGreyBitmap(1, 1, nullptr);
-    // 1044480 / 4097 = 254; (254 * 4095) >> 12 = 253
-    EXPECT_EQ(rawImage::CreatePrintImage12Bits(1, 1, &value, 0, 0, 4096, 2048, 0, 1, 5, bitmap.get()), 1);
-    EXPECT_EQ(bitmap->Bits[0], 253);
-    value = 20000;  // as 4095
-    EXPECT_EQ(rawImage::CreatePrintImage12Bits(1, 1, &value, 0, 0, 4096, 2048, 0, 1, 5, bitmap.get()), 1);
-    EXPECT_EQ(bitmap->Bits[0], 253);
-    // As 16383: 4177920 / 16385 = 254; (254 * 16383) >> 14 = 253
-    EXPECT_EQ(rawImage::CreatePrintImage14Bits(1, 1, &value, 0, 0, 16384, 8192, 0, 1, 5, bitmap.get()), 1);
-    EXPECT_EQ(bitmap->Bits[0], 253);
 }
 
 }  // namespace

@@ -40,22 +40,22 @@ struct Length {
     int result;
     std::vector<std::uint16_t> expected;  // of a 3 x 1 picture read into 9, 9, 9
 };
-class LengthTest : public testing::TestWithParam<Length> {};
 
-TEST_P(LengthTest, DecidesTheReading) {
-    const TemporaryFolder folder;
-    const std::string path = folder.file(
-        "a.raw", std::string("\1\0\2\0\3\0\4\0\5\0\6\0\7\0\x8\0", 16).substr(0, GetParam().bytes));
-    std::vector<std::uint16_t> read(4, 9);
-    EXPECT_EQ(QVR_COMP_ReadRAWFile(path.c_str(), 3, 1, read.data()), GetParam().result);
-    EXPECT_EQ(read, GetParam().expected);
+TEST(LengthTest, DecidesTheReading) {
+    const Length rows[] = {{"exact", 6, 1, {1, 2, 3, 9}},
+                           {"tenMore", 16, 1, {1, 2, 3, 9}},
+                           {"twoLess", 4, 0, {1, 2, 9, 9}},
+                           {"empty", 0, 0, {9, 9, 9, 9}}};
+    for (const Length& row : rows) {
+        SCOPED_TRACE(row.name);
+        const TemporaryFolder folder;
+        const std::string path =
+            folder.file("a.raw", std::string("\1\0\2\0\3\0\4\0\5\0\6\0\7\0\x8\0", 16).substr(0, row.bytes));
+        std::vector<std::uint16_t> read(4, 9);
+        EXPECT_EQ(QVR_COMP_ReadRAWFile(path.c_str(), 3, 1, read.data()), row.result);
+        EXPECT_EQ(read, row.expected);
+    }
 }
-INSTANTIATE_TEST_SUITE_P(Bytes, LengthTest,
-                         testing::Values(Length{"exact", 6, 1, {1, 2, 3, 9}},
-                                         Length{"tenMore", 16, 1, {1, 2, 3, 9}},
-                                         Length{"twoLess", 4, 0, {1, 2, 9, 9}},
-                                         Length{"empty", 0, 0, {9, 9, 9, 9}}),
-                         nameOf);
 
 TEST(RawFile, ASideOfZeroIsAnEmptyPicture) {
     const TemporaryFolder folder;

@@ -21,40 +21,6 @@ protected:
     }
 };
 
-TEST_F(MemoryTest, AnAcquisitionLosesNoPixels) {
-    std::vector<dcmSeries*> all;
-    int n = 0;
-    QVR_ST_IMAGE record;
-    const long runs = refuseEachAllocation(
-        [&] {
-            all.push_back(plan());
-            record = longRecord(++n);
-        },
-        [&] {
-            return m_exam.CreateImage(0, n - 1, &record, m_folder.path().c_str(), &kScreen, &m_surface) ? 1
-                                                                                                        : 0;
-        },
-        [&](int created, bool refused) {
-            dcmSeries* const series = all.back();
-            EXPECT_TRUE(created || refused);
-            EXPECT_EQ(created != 0, series->GetThumb() != nullptr);  // made in full is counted
-            EXPECT_EQ(created != 0, m_exam.GetSeriesInRAMCount() > 0 && counted().back() == series);
-            if (created) {
-                EXPECT_TRUE(resident(series, n));
-            }
-            for (int i = 1; i <= n; ++i) {  // those of before: in memory, written out, or never taken
-                const dcmSeries* const other = all[static_cast<std::size_t>(i - 1)];
-                if (!raw(other)) continue;
-                if (other->IsImageInRAM()) {
-                    EXPECT_TRUE(resident(other, i));
-                } else if (std::filesystem::exists(rawCopy(i))) {
-                    EXPECT_TRUE(writtenOut(other, i));
-                }
-            }
-        });
-    EXPECT_GT(runs, 10);
-}
-
 // In an exam whose list of resident series has no place yet.
 TEST_F(MemoryTest, WhatBecomesResidentIsCounted) {
     const QVR_ST_SERIES seriesRecord{};
@@ -163,31 +129,6 @@ TEST_F(MemoryTest, ListsGrowByWholeObjects) {
     dcmCode out;
     EXPECT_EQ(codes.GetSPSCode(0, out), 1);
     EXPECT_STREQ(out.GetCodingSchemeVersion(), kText);
-}
-
-TEST_F(MemoryTest, ValuesKeepWhatTheyHeld) {
-    dcmPersonName name;
-    dcmCode code;
-    const dcmPersonName longName(kText, "", "", "", "");
-    const dcmCode longCode(kText, kText, kText, kText);
-    refuseEachAllocation(
-        [&] {
-            name.SetPersonName("old", "", "", "", "");
-            code = dcmCode("old", "old", "old", "old");
-        },
-        [&] {
-            name.SetPersonName(kText, kText, kText, kText, kText);
-            code = longCode;
-            return name.GetPersonName() != std::string_view("old");
-        },
-        [&](int changed, bool refused) {
-            EXPECT_TRUE(changed || refused);
-            EXPECT_STREQ(code.GetCodingSchemeVersion(), refused ? "old" : kText);
-            EXPECT_STREQ(code.GetCodeValue(), code.GetCodingSchemeVersion());
-        });
-    const RefuseAllocation refusal(0);
-    EXPECT_STREQ(dcmPersonName(longName).GetPersonName(), "");
-    EXPECT_EQ(dcmDXImage().GetBitsAllocated() + dcmWorklist().GetStatus(), 15);  // made without memory
 }
 
 }  // namespace

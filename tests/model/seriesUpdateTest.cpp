@@ -22,6 +22,7 @@ struct Update {
     int panned = 0;
     bool refused = false;
 };
+
 const char* const kBefore = "37 23 14 13 4000 3000 ";
 const std::vector<std::uint16_t> kNew = ramp(20, 10, 777);
 
@@ -73,18 +74,23 @@ TEST_P(UpdateTest, NotResident) {
 constexpr auto pixels = [](int bits, const std::uint16_t* data, const RECT* screen) {
     return [=](dcmSeries& s, CDC* dc) { return s.UpdateImage(20, 10, data, bits, 11, 500, 600, screen, dc); };
 };
+
 constexpr auto shows = [](const RECT* screen, int refresh) {
     return [=](dcmSeries& s, CDC* dc) { return s.UpdateImage(screen, dc, refresh); };
 };
+
 constexpr auto window = [](int width, int center) {
     return [=](dcmSeries& s, CDC* dc) { return s.UpdateImage(width, center, dc); };
 };
+
 constexpr auto zoom = [](float x, float y) {
     return [=](dcmSeries& s, CDC* dc) { return s.UpdateImage(x, y, &kLarge, dc); };
 };
+
 constexpr auto pan = [](int x, int y) {
     return [=](dcmSeries& s, CDC* dc) { return s.UpdateImage(x, y, &kLarge, dc); };
 };
+
 constexpr auto curve = [](dcmSeries& s, CDC* dc) {
     s.SetLUT(1, 2, 5);
     return s.UpdateImage(dc);
@@ -93,24 +99,21 @@ INSTANTIATE_TEST_SUITE_P(
     Overloads, UpdateTest,
     testing::Values(
         Update{"pixels", pixels(14, kNew.data(), &kLarge), 1, true, true, "20 10 14 11 500 600 ", 1},
-        Update{"pixelsPanned", pixels(14, kNew.data(), &kLarge), 1, true, true, "20 10 14 11 500 600 ", 1, 3},
         // The entity's window is the raw image's, which has changed.
         Update{"pixelsTwelveBits", pixels(12, kNew.data(), &kLarge), 0, true, false, "37 23 14 13 500 600 ",
                0},
         Update{"pixelsNull", pixels(14, nullptr, &kLarge), 0, false, false, kBefore, 0, 0, true},
         Update{"displayRefreshed", shows(&kOther, 1), 1, true, true, kBefore, 0},
-        Update{"displayRefreshedPanned", shows(&kLarge, 1), 1, true, true, kBefore, 0, 3},
-        Update{"displayOnly", shows(&kOther, 0), 1, true, false, kBefore, 0},
         Update{"displayNowhere", shows(nullptr, 1), 0, false, false, kBefore, 0},
+        Update{"displayOnly", shows(&kOther, 0), 1, true, false, kBefore, 0},
+        Update{"windowNoCentre", window(2000, 0), 0, false, false, kBefore, 0, 0, true},
         Update{"window", window(2000, 1000), 1, true, true, "37 23 14 13 2000 1000 ", 1},
         Update{"windowPanned", window(2000, 1000), 1, true, false, "37 23 14 13 2000 1000 ", 1, 3},
         Update{"windowNoWidth", window(0, 1000), 0, false, false, kBefore, 0, 0, true},
-        Update{"windowNoCentre", window(2000, 0), 0, false, false, kBefore, 0, 0, true},
         Update{"zoom", zoom(50.0f, 50.0f), 1, true, false, kBefore, 0},
         Update{"pan", pan(1, -1), 1, true, false, kBefore, 0},
         Update{"panFarOutside", pan(2147483647, -2147483647 - 1), 1, true, false, kBefore, 0},
-        Update{"curve", curve, 1, true, true, kBefore, 0},
-        Update{"curvePanned", curve, 1, true, false, kBefore, 0, 3}),
+        Update{"curve", curve, 1, true, true, kBefore, 0}),
     nameOf);
 
 class SeriesUpdateTest : public ExaminationTest {};
@@ -124,18 +127,6 @@ TEST_F(SeriesUpdateTest, PixelsWithoutAWindowGetTheAutomaticOne) {
     EXPECT_TRUE(samePicture(kNew, raw(series)->GetPixelData(), 20, 10));
 }
 
-TEST_F(SeriesUpdateTest, FailedConversionKeepsTheNewWindowInTheRawImage) {
-    dcmSeries* const series = plan();
-    QVR_ST_IMAGE record = imageRecord(1);
-    record.BitsStored = 12;
-    EXPECT_EQ(series->CreateImage(&record, m_folder.path().c_str(), &kScreen, &m_surface), 0);
-    EXPECT_EQ(series->UpdateImage(100, 200, &m_surface), 0);
-    EXPECT_EQ(raw(series)->GetWindowWidth(), 100);
-    EXPECT_EQ(series->IsChanged(), 0);
-    EXPECT_EQ(series->UpdateImage(&m_surface), 0);
-    EXPECT_TRUE(resident(series, 1));
-}
-
 struct Zoom {
     const char* name;
     float x, y;
@@ -143,41 +134,38 @@ struct Zoom {
     int result;
     int xOffset, yOffset;
 };
-class ZoomTest : public ExaminationTest, public testing::WithParamInterface<Zoom> {};
 
-// The image is not resident, so its file need not hold 2000 x 2500 pixels.
-TEST_P(ZoomTest, CentresTheView) {
-    dcmSeries* const series = plan();
-    QVR_ST_IMAGE record = storedRecord(1);
-    record.Width = 2000;
-    record.Height = 2500;
-    ASSERT_EQ(series->OpenImage(&record), 1);
-    const rawImage& image = *raw(series);
-    series->UpdateImage(11, 12, &kScreen, &m_surface);
-    raw(series)->SetXRatio(13.0f);
-    EXPECT_EQ(series->UpdateImage(GetParam().x, GetParam().y, &GetParam().screen, &m_surface),
-              GetParam().result);
-    EXPECT_EQ(listed(image.GetXOffset(), image.GetYOffset()), listed(GetParam().xOffset, GetParam().yOffset));
-    EXPECT_EQ(listed(image.GetXRatio(), image.GetYRatio()),
-              GetParam().result ? listed(GetParam().x, GetParam().y) : "13 0 ");
-}
 constexpr float kNaN = std::numeric_limits<float>::quiet_NaN(),
                 kInfinity = std::numeric_limits<float>::infinity();
 constexpr RECT kView{100, 200, 900, 800};
-INSTANTIATE_TEST_SUITE_P(
-    Ratios, ZoomTest,
-    testing::Values(
-        Zoom{"half", 0.5f, 0.5f, kView, 1, 200, 650}, Zoom{"quarter", 0.25f, 0.25f, kView, 1, 0, 50},
-        Zoom{"small", 0.1f, 0.1f, kView, 1, 0, 0}, Zoom{"eachItsOwn", 0.25f, 2.0f, kView, 1, 0, 1100},
-        Zoom{"exactlyTheWidth", 0.4f, 0.5f, kView, 1, 0, 650},
-        Zoom{"oddRest", 1.0f, 1.0f, {0, 0, 801, 601}, 1, 599, 949},
-        Zoom{"huge", 3e38f, 3e38f, kView, 1, 1000, 1250}, Zoom{"tiny", 1e-40f, 1e-40f, kView, 1, 0, 0},
-        Zoom{"widestRectangle", 0.5f, 0.5f, {-2147483647, -2147483647, 2147483647, 2147483647}, 1, 0, 0},
-        Zoom{"fitted", 0.0f, 0.0f, kView, 1, 0, 0}, Zoom{"oneRatioAlone", 0.5f, 0.0f, kView, 0, 11, 12},
-        Zoom{"negative", -0.5f, 0.5f, kView, 0, 11, 12}, Zoom{"nan", 0.5f, kNaN, kView, 0, 11, 12},
-        Zoom{"infinite", kInfinity, 0.5f, kView, 0, 11, 12},
-        Zoom{"emptyRectangle", 0.5f, 0.5f, {0, 0, 0, 10}, 0, 11, 12}),
-    nameOf);
+// The image is not resident, so its file need not hold 2000 x 2500 pixels.
+TEST_F(ExaminationTest, CentresTheView) {
+    const Zoom rows[] = {
+        {"half", 0.5f, 0.5f, kView, 1, 200, 650},
+        {"eachItsOwn", 0.25f, 2.0f, kView, 1, 0, 1100},
+        {"oddRest", 1.0f, 1.0f, {0, 0, 801, 601}, 1, 599, 949},
+        {"huge", 3e38f, 3e38f, kView, 1, 1000, 1250},
+        {"widestRectangle", 0.5f, 0.5f, {-2147483647, -2147483647, 2147483647, 2147483647}, 1, 0, 0},
+        {"fitted", 0.0f, 0.0f, kView, 1, 0, 0},
+        {"oneRatioAlone", 0.5f, 0.0f, kView, 0, 11, 12},
+        {"negative", -0.5f, 0.5f, kView, 0, 11, 12},
+        {"nan", 0.5f, kNaN, kView, 0, 11, 12},
+        {"emptyRectangle", 0.5f, 0.5f, {0, 0, 0, 10}, 0, 11, 12}};
+    for (const Zoom& row : rows) {
+        SCOPED_TRACE(row.name);
+        dcmSeries* const series = plan();
+        QVR_ST_IMAGE record = storedRecord(1);
+        record.Width = 2000;
+        record.Height = 2500;
+        ASSERT_EQ(series->OpenImage(&record), 1);
+        const rawImage& image = *raw(series);
+        series->UpdateImage(11, 12, &kScreen, &m_surface);
+        raw(series)->SetXRatio(13.0f);
+        EXPECT_EQ(series->UpdateImage(row.x, row.y, &row.screen, &m_surface), row.result);
+        EXPECT_EQ(listed(image.GetXOffset(), image.GetYOffset()), listed(row.xOffset, row.yOffset));
+        EXPECT_EQ(listed(image.GetXRatio(), image.GetYRatio()), row.result ? listed(row.x, row.y) : "13 0 ");
+    }
+}
 
 TEST_F(SeriesUpdateTest, ZoomedBitmapStartsAtTheOffsets) {
     dcmSeries* const series = acquire(1);

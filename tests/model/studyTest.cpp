@@ -60,6 +60,7 @@ struct Request {
     // Of the series it went to: image, in memory, protocol, width, window, y offset, x ratio.
     const char* after;
 };
+
 constexpr RECT kSquare{0, 0, 37, 37};
 const std::vector<std::uint16_t> kPixels = ramp(20, 10);
 const QVR_ST_PROTOCOL kProtocol{};

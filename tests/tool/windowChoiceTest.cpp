@@ -38,16 +38,6 @@ TEST(Region, BecomesAToolkitRectangleOfTheSamePixels) {
               100 * 64 + 79);
 }
 
-TEST(Region, IsFourNumbersInsideThePicture) {
-    EXPECT_EQ(parseRegion("1,2,3,4"), (Region{1, 2, 3, 4}));
-    for (const char* text :
-         {"", "1,2,3", "1,2,3,4,5", "1,2,0,4", "-1,2,3,4", "1,2,3,4 ", "a,2,3,4", "1,2,3,99999999999"})
-        EXPECT_FALSE(parseRegion(text)) << text;
-    EXPECT_TRUE(fitsInside({0, 0, 10, 10}, 10, 10));
-    EXPECT_FALSE(fitsInside({1, 0, 10, 10}, 10, 10));
-    EXPECT_FALSE(fitsInside({2147483000, 0, 2147483000, 10}, 10, 10));
-}
-
 TEST(WindowRequest, KnowsItsForms) {
     using Kind = WindowRequest::Kind;
     const std::pair<const char*, Kind> good[] = {
@@ -75,64 +65,57 @@ struct Chosen {
     int center, width;
 };
 
-class ChoiceTest : public testing::TestWithParam<Chosen> {};
-
 // A picture with values 1000..2999, so that the automatic window is known to the library alone.
-TEST_P(ChoiceTest, TakesTheFirstThatHolds) {
-    const auto& test = GetParam();
-    SourceImage source;
-    source.file = "x";
-    source.columns = 200;
-    source.rows = 100;
-    source.bodyPart = "CHEST";
-    source.view = "PA";
-    source.windows = test.stored;
-    for (int i = 0; i < 20000; ++i) source.words.push_back(static_cast<std::uint16_t>(1000 + i % 2000));
-    const Adoption adoption(source.format);
-    const AdoptedImage image = adopt(source, adoption);
-    std::vector<ViewPreset> views;
-    for (const char* text : test.views) views.push_back(*parseViewPreset(text));
-    Common common;
-    common.quiet = true;
-    Console console(common);
-    const auto request = *test.request ? *parseWindow(test.request) : WindowRequest{};
+TEST(ChoiceTest, TakesTheFirstThatHolds) {
+    const Chosen rows[] = {
+        {"nothingGivesAuto", "", {}, {}, "auto", 0, 0},
+        {"theFilesOwn", "", {{1500, 600}}, {}, "file", 1500, 600},
+        {"theFilesOwnTouchesTheValues", "", {{500, 1001}}, {}, "file", 500, 1001},
+        {"theFilesOwnOutside", "", {{500, 900}}, {}, "auto", 0, 0},
+        {"theFilesOwnIsNone", "", {{300, 0}}, {}, "auto", 0, 0},
+        {"viewBeforeFile", "", {{1500, 600}}, {"CHEST/PA=full"}, "preset:full", 8192, 16384},
+        {"anotherView", "", {{1500, 600}}, {"CHEST/LL=full", "HAND=bone"}, "file", 1500, 600},
+        {"givenBeforeAll", "700,80", {{1500, 600}}, {"CHEST=full"}, "given", 700, 80},
+        {"autoBeforeFile", "auto", {{1500, 600}}, {}, "auto", 0, 0},
+        {"secondOfTheFile", "file:2", {{1500, 600}, {2000, 50}}, {}, "file:2", 2000, 50},
+        {"noBorderIsTheWhole", "auto:collimation", {}, {}, "auto", 0, 0}};
+    for (const Chosen& test : rows) {
+        SCOPED_TRACE(test.name);
+        SourceImage source;
+        source.file = "x";
+        source.columns = 200;
+        source.rows = 100;
+        source.bodyPart = "CHEST";
+        source.view = "PA";
+        source.windows = test.stored;
+        for (int i = 0; i < 20000; ++i) source.words.push_back(static_cast<std::uint16_t>(1000 + i % 2000));
+        const Adoption adoption(source.format);
+        const AdoptedImage image = adopt(source, adoption);
+        std::vector<ViewPreset> views;
+        for (const char* text : test.views) views.push_back(*parseViewPreset(text));
+        Common common;
+        common.quiet = true;
+        Console console(common);
+        const auto request = *test.request ? *parseWindow(test.request) : WindowRequest{};
 
-    const Window window = chooseWindow({source, adoption, image}, request, views, console);
+        const Window window = chooseWindow({source, adoption, image}, request, views, console);
 
-    EXPECT_EQ(window.source, test.source);
-    Chosen expected = test;
-    if (std::string_view(test.source) == "auto") {
-        int low = 0, high = 0;
-        ASSERT_TRUE(
-            QVR_DISP_AutoWL(low, high, image.width, image.height, image.pixels.data(), 14, 0.05f, 0.95f));
-        ASSERT_GT(high - low, 50);
-        expected.center = (low + high) / 2;
-        expected.width = high - low + 1;
-        EXPECT_EQ(window.low, low);
-        EXPECT_EQ(window.high, high);
+        EXPECT_EQ(window.source, test.source);
+        Chosen expected = test;
+        if (std::string_view(test.source) == "auto") {
+            int low = 0, high = 0;
+            ASSERT_TRUE(
+                QVR_DISP_AutoWL(low, high, image.width, image.height, image.pixels.data(), 14, 0.05f, 0.95f));
+            ASSERT_GT(high - low, 50);
+            expected.center = (low + high) / 2;
+            expected.width = high - low + 1;
+            EXPECT_EQ(window.low, low);
+            EXPECT_EQ(window.high, high);
+        }
+        EXPECT_EQ(window.center, expected.center);
+        EXPECT_EQ(window.width, expected.width);
     }
-    EXPECT_EQ(window.center, expected.center);
-    EXPECT_EQ(window.width, expected.width);
 }
-
-INSTANTIATE_TEST_SUITE_P(
-    Order, ChoiceTest,
-    testing::Values(
-        Chosen{"nothingGivesAuto", "", {}, {}, "auto", 0, 0},
-        Chosen{"theFilesOwn", "", {{1500, 600}}, {}, "file", 1500, 600},
-        Chosen{"theFilesOwnTouchesTheValues", "", {{500, 1001}}, {}, "file", 500, 1001},
-        Chosen{"theFilesOwnOutside", "", {{500, 900}}, {}, "auto", 0, 0},
-        Chosen{"theFilesOwnAbove", "", {{9000, 100}}, {}, "auto", 0, 0},
-        Chosen{"theFilesOwnIsNone", "", {{300, 0}}, {}, "auto", 0, 0},
-        Chosen{"viewBeforeFile", "", {{1500, 600}}, {"CHEST/PA=full"}, "preset:full", 8192, 16384},
-        Chosen{"bodyPartBeforeFile", "", {{1500, 600}}, {"CHEST=full"}, "preset:full", 8192, 16384},
-        Chosen{"anotherView", "", {{1500, 600}}, {"CHEST/LL=full", "HAND=bone"}, "file", 1500, 600},
-        Chosen{"givenBeforeAll", "700,80", {{1500, 600}}, {"CHEST=full"}, "given", 700, 80},
-        Chosen{"givenIsNone", "300,0", {{1500, 600}}, {}, "auto", 0, 0},
-        Chosen{"autoBeforeFile", "auto", {{1500, 600}}, {}, "auto", 0, 0},
-        Chosen{"secondOfTheFile", "file:2", {{1500, 600}, {2000, 50}}, {}, "file:2", 2000, 50},
-        Chosen{"noBorderIsTheWhole", "auto:collimation", {}, {}, "auto", 0, 0}),
-    nameOf);
 
 // Values that were stretched before they were stored: beside a dark part many values between two that occur do not.
 // The automatic window ends at the first value that few pixels have, 1300, and seven pixels of ten would be white.
@@ -152,63 +135,44 @@ struct Unasked {
     const char* source;
 };
 
-void PrintTo(const Unasked& test, std::ostream* out) {
-    *out << test.name;
-}
+TEST(UnaskedWindowTest, ShowsMostOfThePicture) {
+    const Unasked rows[] = {{"unasked", "", {}, "auto:percentile"}, {"asked", "auto", {}, "auto"}};
+    for (const Unasked& test : rows) {
+        SCOPED_TRACE(test.name);
+        const AdoptedImage image = withGaps();
+        int low = 0, high = 0;
+        ASSERT_TRUE(
+            QVR_DISP_AutoWL(low, high, image.width, image.height, image.pixels.data(), 14, 0.05f, 0.95f));
+        ASSERT_GT(high - low, 50);
+        SourceImage source;
+        source.file = "x";
+        source.windows = test.stored;
+        const Adoption adoption(source.format);
+        Common common;
+        Console console(common);
+        testing::internal::CaptureStderr();
+        const auto request = *test.request ? *parseWindow(test.request) : WindowRequest{};
+        const Window window = chooseWindow({source, adoption, image}, request, {}, console);
+        const std::string said = testing::internal::GetCapturedStderr();
 
-class UnaskedWindowTest : public testing::TestWithParam<Unasked> {};
-
-TEST_P(UnaskedWindowTest, ShowsMostOfThePicture) {
-    const auto& test = GetParam();
-    const AdoptedImage image = withGaps();
-    int low = 0, high = 0;
-    ASSERT_TRUE(QVR_DISP_AutoWL(low, high, image.width, image.height, image.pixels.data(), 14, 0.05f, 0.95f));
-    ASSERT_GT(high - low, 50);
-    SourceImage source;
-    source.file = "x";
-    source.windows = test.stored;
-    const Adoption adoption(source.format);
-    Common common;
-    Console console(common);
-    testing::internal::CaptureStderr();
-    const auto request = *test.request ? *parseWindow(test.request) : WindowRequest{};
-    const Window window = chooseWindow({source, adoption, image}, request, {}, console);
-    const std::string said = testing::internal::GetCapturedStderr();
-
-    EXPECT_EQ(window.source, test.source);
-    const std::string both = fmt::format("{}/{}", window.center, window.width);
-    EXPECT_EQ(std::count(said.begin(), said.end(), '\n'), 1) << said;
-    EXPECT_NE(said.find(both), std::string::npos) << said;
-    if (std::string_view(test.source) == "auto") {
-        EXPECT_EQ(window.low, low);
-        EXPECT_EQ(window.high, high);
-        return;
+        EXPECT_EQ(window.source, test.source);
+        const std::string both = fmt::format("{}/{}", window.center, window.width);
+        EXPECT_EQ(std::count(said.begin(), said.end(), '\n'), 1) << said;
+        EXPECT_NE(said.find(both), std::string::npos) << said;
+        if (std::string_view(test.source) == "auto") {
+            EXPECT_EQ(window.low, low);
+            EXPECT_EQ(window.high, high);
+            continue;
+        }
+        // One pixel in a hundred below, one above, and the automatic window is named too.
+        auto sorted = image.pixels;
+        std::sort(sorted.begin(), sorted.end());
+        EXPECT_EQ(window.low, sorted[399]);
+        EXPECT_EQ(window.high, sorted[39599]);
+        if (test.stored.empty()) {
+            EXPECT_NE(said.find(fmt::format("{}/{}", (low + high) / 2, high - low + 1)), std::string::npos);
+        }
     }
-    // One pixel in a hundred below, one above, and the automatic window is named too.
-    auto sorted = image.pixels;
-    std::sort(sorted.begin(), sorted.end());
-    EXPECT_EQ(window.low, sorted[399]);
-    EXPECT_EQ(window.high, sorted[39599]);
-    if (test.stored.empty()) {
-        EXPECT_NE(said.find(fmt::format("{}/{}", (low + high) / 2, high - low + 1)), std::string::npos);
-    }
-}
-
-INSTANTIATE_TEST_SUITE_P(Gaps, UnaskedWindowTest,
-                         testing::Values(Unasked{"unasked", "", {}, "auto:percentile"},
-                                         Unasked{"fileWindowIsNone", "", {{300, 0}}, "auto:percentile"},
-                                         Unasked{"asked", "auto", {}, "auto"}),
-                         nameOf);
-
-TEST(AutomaticWindow, OfOneValueIsTheFullRange) {
-    SourceImage source;
-    source.columns = source.rows = 60;
-    source.words.assign(3600, 700);
-    const Adoption adoption(source.format);
-    const AdoptedImage image = adopt(source, adoption);
-    const auto window = automaticWindow({source, adoption, image}, "auto", std::nullopt);
-    EXPECT_EQ(window.center, 8192);
-    EXPECT_EQ(window.width, 16384);
 }
 
 // The steps are a second walk over the histogram: pictures of all kinds, each with its own holes and peaks.
@@ -247,30 +211,24 @@ struct BorderCase {
     std::optional<Region> found;
 };
 
-class CollimationTest : public testing::TestWithParam<BorderCase> {};
-
-TEST_P(CollimationTest, FindsTheAreaInsideTheDarkBorder) {
-    const auto& test = GetParam();
-    const auto image = picture(300, 200, [&](int x, int y) {
-        const auto& in = test.inside;
-        if (x >= in.left && x < in.left + in.width && y >= in.top && y < in.top + in.height)
-            return 3000 + 13 * x + 7 * y;
-        if (x >= 2 && x < 2 + test.marker && y >= 2 && y < 2 + test.marker) return 9000;
-        return 20 + (test.noise ? (x * 7919 + y * 104729) % test.noise : 0);
-    });
-    EXPECT_EQ(findCollimation(image), test.found);
+TEST(CollimationTest, FindsTheAreaInsideTheDarkBorder) {
+    const BorderCase rows[] = {{"none", {0, 0, 300, 200}, 0, 0, Region{0, 0, 300, 200}},
+                               {"allSides", {40, 20, 200, 150}, 0, 0, Region{40, 20, 200, 150}},
+                               {"withMarker", {40, 20, 200, 150}, 10, 50, Region{40, 20, 200, 150}},
+                               {"smallest", {100, 50, 51, 51}, 0, 0, Region{100, 50, 51, 51}},
+                               {"tooSmall", {100, 50, 50, 60}, 0, 0, std::nullopt}};
+    for (const BorderCase& test : rows) {
+        SCOPED_TRACE(test.name);
+        const auto image = picture(300, 200, [&](int x, int y) {
+            const auto& in = test.inside;
+            if (x >= in.left && x < in.left + in.width && y >= in.top && y < in.top + in.height)
+                return 3000 + 13 * x + 7 * y;
+            if (x >= 2 && x < 2 + test.marker && y >= 2 && y < 2 + test.marker) return 9000;
+            return 20 + (test.noise ? (x * 7919 + y * 104729) % test.noise : 0);
+        });
+        EXPECT_EQ(findCollimation(image), test.found);
+    }
 }
-
-INSTANTIATE_TEST_SUITE_P(
-    Borders, CollimationTest,
-    testing::Values(BorderCase{"none", {0, 0, 300, 200}, 0, 0, Region{0, 0, 300, 200}},
-                    BorderCase{"allSides", {40, 20, 200, 150}, 0, 0, Region{40, 20, 200, 150}},
-                    BorderCase{"topOnly", {0, 60, 300, 140}, 0, 0, Region{0, 60, 300, 140}},
-                    BorderCase{"noise", {40, 20, 200, 150}, 0, 100, Region{40, 20, 200, 150}},
-                    BorderCase{"withMarker", {40, 20, 200, 150}, 10, 50, Region{40, 20, 200, 150}},
-                    BorderCase{"smallest", {100, 50, 51, 51}, 0, 0, Region{100, 50, 51, 51}},
-                    BorderCase{"tooSmall", {100, 50, 50, 60}, 0, 0, std::nullopt}),
-    nameOf);
 
 }  // namespace
 }  // namespace qvr::tool

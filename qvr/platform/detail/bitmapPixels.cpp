@@ -54,8 +54,6 @@ Rgb BitmapPixels::colour(const std::uint8_t* row, std::size_t column) const {
             return m_table[row[column / 8] >> (7 - column % 8) & 1u];
         case 4:
             return m_table[column % 2 == 0 ? row[column / 2] >> 4 : row[column / 2] & 0xFu];
-        case 8:
-            return m_table[row[column]];
         case 16: {
             const std::uint32_t pixel = PixelFormat<16>::load(row + 2 * column);
             return rgb(widened5(pixel >> 10 & 0x1F), widened5(pixel >> 5 & 0x1F), widened5(pixel & 0x1F));

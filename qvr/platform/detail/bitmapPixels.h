@@ -30,7 +30,7 @@ public:
         const std::int64_t row = m_bottomUp ? m_height - 1 - fromTop : fromTop;
         return m_bits + static_cast<std::size_t>(row) * m_stride;
     }
-    /// @param column  0 … width - 1
+    /// For every bit count but 8, whose pixels are looked up in table(). @param column  0 … width - 1
     Rgb colour(const std::uint8_t* row, std::size_t column) const;
 
 private:
