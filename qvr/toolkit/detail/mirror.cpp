@@ -77,6 +77,7 @@ QVR_CLONES void invert(std::uint16_t* values, std::size_t count, std::uint16_t m
 }  // namespace
 
 void mirrorRows(std::uint16_t* pixels, std::int64_t width, std::int64_t height, CodePath path) {
+    if (width <= 0) return;  // of any number of rows
     if (path == CodePath::plain) return mirrorRowsPlainly(pixels, width, height);
     for (std::int64_t row = 0; row < height / 2; ++row) {
         std::uint16_t* const low = pixels + row * width;
@@ -93,6 +94,7 @@ void mirrorRows(std::uint16_t* pixels, std::int64_t width, std::int64_t height, 
 }
 
 void mirrorColumns(std::uint16_t* pixels, std::int64_t width, std::int64_t height, CodePath path) {
+    if (width <= 0) return;  // of any number of rows
     if (path == CodePath::plain) return mirrorColumnsPlainly(pixels, width, height);
     for (std::int64_t row = 0; row < height; ++row)
         reverse(pixels + row * width, width, pixels + std::min(row + kRowsAhead, height - 1) * width);

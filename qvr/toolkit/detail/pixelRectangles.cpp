@@ -39,6 +39,7 @@ void fillRows(std::uint16_t* first, std::int64_t stride, std::int64_t count, std
 
 void copyArea(const std::uint16_t* pixels, std::int64_t stride, const PixelArea& area, std::uint16_t* output,
               std::int64_t outputStride) {
+    if (area.width <= 0 || area.height <= 0) return;  // either alone may be huge
     const std::uint16_t* const source = pixels + area.bottom * stride + area.left;
     const std::size_t bytes = static_cast<std::size_t>(area.width) * sizeof *output;
     // Toward lower addresses from the first row on, toward higher ones from the last, so that no row is overwritten
