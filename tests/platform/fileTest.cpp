@@ -3,6 +3,7 @@
 
 #include <fcntl.h>
 #include <gtest/gtest.h>
+#include <sys/stat.h>
 #include <unistd.h>
 
 #include <filesystem>
@@ -138,6 +139,9 @@ TEST_F(CopyTest, FailuresLeaveTheTargetAsItWas) {
     }
     EXPECT_EQ(copy("none", "b"), 0);
     EXPECT_EQ(copy("folder", "b"), 0);
+    ASSERT_EQ(::mkfifo((m_folder / "pipe").c_str(), 0600), 0);
+    EXPECT_EQ(copy("pipe", "b"), 0) << "it would be empty";
+    fs::remove(m_folder / "pipe");
     EXPECT_EQ(copy("b", "folder"), 0);
     EXPECT_EQ(copy("a", "same"), 0);
     EXPECT_EQ(copy("a", "a"), 0);
