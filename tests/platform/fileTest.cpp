@@ -141,6 +141,8 @@ TEST_F(CopyTest, FailuresLeaveTheTargetAsItWas) {
     EXPECT_EQ(copy("folder", "b"), 0);
     ASSERT_EQ(::mkfifo((m_folder / "pipe").c_str(), 0600), 0);
     EXPECT_EQ(copy("pipe", "b"), 0) << "it would be empty";
+    EXPECT_EQ(copy("a", "pipe"), 0);
+    EXPECT_TRUE(fs::is_fifo(m_folder / "pipe"));
     fs::remove(m_folder / "pipe");
     EXPECT_EQ(copy("b", "folder"), 0);
     EXPECT_EQ(copy("a", "same"), 0);
