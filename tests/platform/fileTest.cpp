@@ -142,6 +142,7 @@ TEST_F(CopyTest, FailuresLeaveTheTargetAsItWas) {
     ASSERT_EQ(::mkfifo((m_folder / "pipe").c_str(), 0600), 0);
     EXPECT_EQ(copy("pipe", "b"), 0) << "it would be empty";
     EXPECT_EQ(copy("a", "pipe"), 0);
+    EXPECT_FALSE(qvr::replaceFile((m_folder / "a").c_str(), (m_folder / "pipe").c_str()));
     EXPECT_TRUE(fs::is_fifo(m_folder / "pipe"));
     fs::remove(m_folder / "pipe");
     EXPECT_EQ(copy("b", "folder"), 0);
