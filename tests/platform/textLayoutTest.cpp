@@ -5,6 +5,7 @@
 #include <cstdlib>
 #include <span>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "platform/textTools.h"
@@ -116,6 +117,9 @@ TEST(Text, InvalidBytesBecomeReplacementCharacters) {
         EXPECT_EQ(std::u32string(found.begin(), found.end()), row.characters)
             << testing::PrintToString(row.bytes);
     }
+    // A view that ends within a sequence, though the memory goes on.
+    const auto cut = qvr::decodedLine(std::string_view("\xE5\xB7\xA6").substr(0, 2));
+    EXPECT_EQ(std::u32string(cut.begin(), cut.end()), U"\uFFFD\uFFFD");
     EXPECT_EQ(extentOf("L\xFFR", 40), extentOf("L\uFFFDR", 40));
 }
 
