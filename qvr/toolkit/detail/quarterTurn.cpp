@@ -1,5 +1,5 @@
 // Quarter turns, tile by tile, so that memory is only ever read and written by whole lines. Reading along columns
-// instead misses the cache with every value: six times the time.
+// instead misses the cache with every value.
 #include "qvr/toolkit/detail/quarterTurn.h"
 
 #include <algorithm>
