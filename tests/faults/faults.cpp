@@ -92,8 +92,8 @@ ssize_t allowed(const char* name, std::size_t count, bool writing) {
     return all;
 }
 
-bool killsInside(std::size_t count, std::size_t& keep) {
-    if (!watching("write") || plan.way != faults::Way::killInside || seenCalls != plan.at) return false;
+bool killsInside(const char* name, std::size_t count, std::size_t& keep) {
+    if (!watching(name) || plan.way != faults::Way::killInside || seenCalls != plan.at) return false;
     keep = plan.keep == faults::Plan::Keep::nothing ? 0
            : plan.keep == faults::Plan::Keep::half  ? count / 2
                                                     : (count > 0 ? count - 1 : 0);
@@ -106,16 +106,23 @@ ssize_t readCall(const char* name, int descriptor, void* buffer, std::size_t cou
     return part < 0 ? -1 : system(descriptor, buffer, static_cast<std::size_t>(part));
 }
 
-ssize_t writeCall(const char* name, int descriptor, const void* buffer, std::size_t count) {
-    static const auto system = real<ssize_t (*)(int, const void*, std::size_t)>("write");
+// A call that moves bytes out; `system` makes it for the first `part` of them.
+template <class System>
+ssize_t writeBytes(const char* name, const void* buffer, std::size_t count, System system) {
     const ssize_t part = allowed(name, count, true);
     if (part < 0) return -1;
     std::size_t keep = 0;
-    if (killsInside(count, keep)) {
-        if (keep > 0 && system(descriptor, buffer, keep) < 0) std::abort();
+    if (killsInside(name, count, keep)) {
+        if (keep > 0 && system(buffer, keep) < 0) std::abort();
         killSelf();
     }
-    return system(descriptor, buffer, static_cast<std::size_t>(part));
+    return system(buffer, static_cast<std::size_t>(part));
+}
+
+ssize_t writeCall(const char* name, int descriptor, const void* buffer, std::size_t count) {
+    static const auto system = real<ssize_t (*)(int, const void*, std::size_t)>("write");
+    return writeBytes(name, buffer, count,
+                      [&](const void* bytes, std::size_t part) { return system(descriptor, bytes, part); });
 }
 
 int openCall(const char* name, const char* path, int flags, unsigned mode) {
@@ -332,8 +339,9 @@ ssize_t pread64(int descriptor, void* buffer, std::size_t count, off64_t offset)
 }
 ssize_t pwrite(int descriptor, const void* buffer, std::size_t count, off_t offset) {
     static const auto system = real<ssize_t (*)(int, const void*, std::size_t, off_t)>("pwrite");
-    const ssize_t part = allowed("pwrite", count, true);
-    return part < 0 ? -1 : system(descriptor, buffer, static_cast<std::size_t>(part), offset);
+    return writeBytes("pwrite", buffer, count, [&](const void* bytes, std::size_t part) {
+        return system(descriptor, bytes, part, offset);
+    });
 }
 ssize_t pwrite64(int descriptor, const void* buffer, std::size_t count, off64_t offset) {
     return pwrite(descriptor, buffer, count, offset);
