@@ -132,6 +132,7 @@ INSTANTIATE_TEST_SUITE_P(Shapes, CopyArea,
                                          Copy{"narrow", 5, 5, 3, 1400, 3, -1},
                                          Copy{"inItselfDown", 100, 90, 1800, 1400, 2000, 2000 * 40 + 10},
                                          Copy{"inItselfUp", 3, 2, 1800, 1400, 2000, 2000 * 60 + 150},
+                                         Copy{"inItselfRight", 100, 90, 1800, 1400, 2000, 2000 * 90 + 140},
                                          Copy{"cutInItself", 11, 9, 1700, 1450, 1700, 0}),
                          [](const auto& test) { return std::string(test.param.name); });
 
