@@ -49,6 +49,9 @@ public:
         writeDicom(*this / "control\nname.dcm", colour);
         cut(writeDicom(*this / "cut.dcm", {}), 4000);
         cut(writeDicom(*this / "cutls.dcm", jpegLs), 900);
+        // One element that promises nearly 4 GiB.
+        m_folder.file("longelement.dcm",
+                      std::string("\x08\0\x06\0UT\0\0\xfe\xff\xff\xfa and then nothing", 28));
         writeEncapsulated(*this / "j2k.dcm", {}, EXS_JPEG2000LosslessOnly);
         m_folder.file("empty.dcm", std::string());
         m_folder.file("text.dcm", std::string("no image at all"));
@@ -176,6 +179,11 @@ TEST(BadInput, Files) {
          {"noImage", ask("@text.dcm"), 3, "--raw"},
          {"cut", render("@cut.dcm"), 3, "cut short"},
          {"cutCompressed", ask("@cutls.dcm"), 3, "not read"},
+         {"longElement",
+          ask("@longelement.dcm"),
+          3,
+          "cut short",
+          {.environment = {{"ASAN_OPTIONS", "max_allocation_size_mb=1024:allocator_may_return_null=1"}}}},
          {"pixelsMissing", ask("@nopixels.dcm"), 3, "no pixel data"},
          {"tooFewPixels", ask("@toofew.dcm"), 3, "12288 of 122880 bytes"},
          {"contradiction", ask("@contradiction.dcm"), 3, "contradicts"},

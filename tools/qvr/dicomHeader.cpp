@@ -29,6 +29,36 @@ std::string trimmed(std::string_view text) {
     return std::string(text.substr(first, text.find_last_not_of(padding) - first + 1));
 }
 
+// Bytes in memory of which DCMTK loads a long element only after it has found that all of it is there. Without a factory it
+// first allocates what the element's length says, which in a broken file is up to 4 GiB.
+class MemoryStream : public DcmInputBufferStream {
+public:
+    explicit MemoryStream(std::span<const std::uint8_t> bytes) : m_bytes(bytes) {
+        setBuffer(bytes.data(), static_cast<offile_off_t>(bytes.size()));
+        setEos();
+    }
+
+    DcmInputStreamFactory* newFactory() const override {
+        const bool deflated = currentProducer() != m_plain;
+        return deflated ? nullptr : new Factory(m_bytes.subspan(static_cast<std::size_t>(tell())));
+    }
+
+private:
+    class Factory : public DcmInputStreamFactory {
+    public:
+        explicit Factory(std::span<const std::uint8_t> bytes) : m_bytes(bytes) {}
+        DcmInputStream* create() const override { return new MemoryStream(m_bytes); }
+        DcmInputStreamFactory* clone() const override { return new Factory(*this); }
+        DcmInputStreamFactoryType ident() const override { return DFT_DcmInputFileStreamFactory; }
+
+    private:
+        std::span<const std::uint8_t> m_bytes;
+    };
+
+    std::span<const std::uint8_t> m_bytes;
+    const DcmProducer* m_plain = currentProducer();
+};
+
 }  // namespace
 
 std::string DicomHeader::text(const DcmTagKey& tag, unsigned long position) const {
@@ -63,14 +93,13 @@ void parseDicom(const std::string& file, std::span<const std::uint8_t> bytes, Dc
     if (!dcmDataDict.isDictionaryLoaded())
         throw Failure(Exit::unreadable, file, "not read", "the DICOM data dictionary of DCMTK was not found",
                       "Install it (Debian: libdcmtk17), or let DCMDICTPATH name its dicom.dic.");
-    DcmInputBufferStream stream;
-    stream.setBuffer(bytes.data(), static_cast<offile_off_t>(bytes.size()));
-    stream.setEos();
+    MemoryStream stream(bytes);
     format.transferInit();
-    const OFCondition result =
+    OFCondition result =
         withPixels ? format.read(stream, EXS_Unknown, EGL_noChange)
                    : format.readUntilTag(stream, EXS_Unknown, EGL_noChange, DCM_MaxReadLength, DCM_PixelData);
     format.transferEnd();
+    if (result.good()) result = format.loadAllDataIntoMemory();  // the bytes may be gone when it is used
     if (result.good()) return;
     if (result == EC_StreamNotifyClient || result == EC_EndOfStream || result == EC_InvalidStream)
         throw Failure(Exit::unreadable, file, "not read", "it is cut short", "Fetch the file again.");
