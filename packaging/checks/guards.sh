@@ -2,6 +2,8 @@
 # Every guard of packaging/guards/guards.txt is noticed by a test: each is taken out of a copy of the sources in turn, the
 # library is built without it under the sanitizers, and the tests run until one fails.
 # usage: guards.sh [NAME...]    all guards, or those named; 1 below 95 % noticed, or when one cannot be taken out or built
+# The guards are dealt out to lanes, one for each processor: a copy of the sources with a build of its own, so that each lane
+# takes out one guard at a time. QVR_GUARD_LANES sets their number.
 set -eu
 cd "$(dirname "$0")/../.."
 
@@ -20,25 +22,29 @@ target_of() {
     esac
 }
 
-# build TARGET...
-build() { cmake --build "$work/build" -j 2 --target "$@" >"$work/build.log" 2>&1 </dev/null; }
+# build JOBS TARGET...: in the folder of the lane, as all below
+build() {
+    jobs=$1
+    shift
+    cmake --build "$lane/build" -j "$jobs" --target "$@" >"$lane/build.log" 2>&1 </dev/null
+}
 
 # run ROOM: the test program of a folder; its output is in run.log
 run() {
     limit=$(cat "$work/limit-$1" 2>/dev/null || echo 1200)
-    rm -rf "$work/tmp"
-    mkdir "$work/tmp"
-    TMPDIR=$work/tmp timeout -k 5 "$limit" "$work/build/tests/$1/$(target_of "$1")" --gtest_fail_fast \
-        >"$work/run.log" 2>&1 </dev/null
+    rm -rf "$lane/tmp"
+    mkdir "$lane/tmp"
+    TMPDIR=$lane/tmp timeout -k 5 "$limit" "$lane/build/tests/$1/$(target_of "$1")" --gtest_fail_fast \
+        >"$lane/run.log" 2>&1 </dev/null
 }
 
 # failed: the test that run.log ends at
 failed() {
-    name=$(sed -n -E 's/^\[  FAILED  \] ([^ ,]+).*/\1/p' "$work/run.log" | head -n 1)
-    if [ -z "$name" ] && grep -q '^\[  PASSED  \]' "$work/run.log"; then
+    name=$(sed -n -E 's/^\[  FAILED  \] ([^ ,]+).*/\1/p' "$lane/run.log" | head -n 1)
+    if [ -z "$name" ] && grep -q '^\[  PASSED  \]' "$lane/run.log"; then
         name="what is left at its end"
     elif [ -z "$name" ]; then
-        name=$(sed -n -E 's/^\[ RUN      \] (.*)/\1/p' "$work/run.log" | tail -n 1) # it died in this one
+        name=$(sed -n -E 's/^\[ RUN      \] (.*)/\1/p' "$lane/run.log" | tail -n 1) # it died in this one
     fi
     echo "${name:-its start}"
 }
@@ -83,17 +89,21 @@ entries() {
 }
 
 # The working tree as git sees it, into a copy whose unchanged files keep their time, so that a second run builds little.
-mkdir -p "$work/src"
+copy_sources() {
+    mkdir -p "$lane/src"
+    while IFS= read -r file; do
+        cmp -s "$file" "$lane/src/$file" && continue
+        mkdir -p "$(dirname "$lane/src/$file")"
+        cp "$file" "$lane/src/$file"
+    done <"$work/files"
+    (cd "$lane/src" && find . -type f | sed 's|^\./||' | LC_ALL=C sort) | LC_ALL=C comm -23 - "$work/files" |
+        while IFS= read -r file; do rm "$lane/src/$file"; done
+}
+
+mkdir -p "$work"
 git ls-files --cached --others --exclude-standard | LC_ALL=C sort | while IFS= read -r file; do
     [ ! -f "$file" ] || printf '%s\n' "$file"
 done >"$work/files"
-while IFS= read -r file; do
-    cmp -s "$file" "$work/src/$file" && continue
-    mkdir -p "$(dirname "$work/src/$file")"
-    cp "$file" "$work/src/$file"
-done <"$work/files"
-(cd "$work/src" && find . -type f | sed 's|^\./||' | LC_ALL=C sort) | LC_ALL=C comm -23 - "$work/files" |
-    while IFS= read -r file; do rm "$work/src/$file"; done
 
 entries names $list >"$work/entries"
 if [ $# -gt 0 ]; then
@@ -109,20 +119,31 @@ if command -v ccache >/dev/null 2>&1 && [ -z "${CMAKE_CXX_COMPILER_LAUNCHER:-}" 
     export CMAKE_CXX_COMPILER_LAUNCHER=ccache
 fi
 begun=$(date +%s)
+guards=$(wc -l <"$work/chosen")
+lanes=${QVR_GUARD_LANES:-$(nproc)}
+case $lanes in '' | *[!0-9]* | 0) echo "guards: QVR_GUARD_LANES is a whole number from 1, not \"$lanes\"" >&2; exit 2 ;; esac
+[ "$lanes" -le "$guards" ] || lanes=$guards
 targets=
 for room in $order; do targets="$targets $(target_of "$room")"; done
-# shellcheck disable=SC2086 # a list of words
-if ! (cd "$work/src" && cmake --preset asan -B "$work/build" -DQVR_WERROR=OFF -DCMAKE_LINK_DEPENDS_NO_SHARED=ON) \
-    >"$work/build.log" 2>&1 || ! build $targets; then
-    tail -n 40 "$work/build.log"
-    echo "guards: the sources do not build as they are"
-    exit 1
-fi
+for number in $(seq "$lanes"); do
+    lane=$work/lane$number
+    copy_sources
+    # The same files are compiled in every lane.
+    export CCACHE_BASEDIR="$lane" CCACHE_NOHASHDIR=1
+    # shellcheck disable=SC2086 # a list of words
+    if ! (cd "$lane/src" && cmake --preset asan -B "$lane/build" -DQVR_WERROR=OFF -DCMAKE_LINK_DEPENDS_NO_SHARED=ON) \
+        >"$lane/build.log" 2>&1 || ! build "$(nproc)" $targets; then
+        tail -n 40 "$lane/build.log"
+        echo "guards: the sources do not build as they are"
+        exit 1
+    fi
+done
+lane=$work/lane1
 for room in $order; do
     rm -f "$work/limit-$room"
     room_begun=$(date +%s)
     if ! run "$room"; then
-        tail -n 40 "$work/run.log"
+        tail -n 40 "$lane/run.log"
         echo "guards: $(target_of "$room") fails with every guard in place: $(failed)"
         exit 1
     fi
@@ -137,7 +158,7 @@ probe() {
     for room in $(echo "$1" | tr , ' ') $order; do
         case " $tried " in *" $room "*) continue ;; esac
         tried="$tried $room"
-        if ! build "$(target_of "$room")"; then
+        if ! build 1 "$(target_of "$room")"; then
             outcome="does not compile"
             return
         fi
@@ -150,30 +171,42 @@ probe() {
     done
 }
 
-guards=0
-noticed=0
-broken=0
-while read -r name rooms file; do
-    guards=$((guards + 1))
-    outcome="NOT NOTICED"
-    tried=
-    if ! reason=$(entries apply $list "$work/src" "$name" 2>&1); then
-        outcome="cannot be taken out: $reason"
-    else
-        probe "$rooms"
-    fi
-    cp "$file" "$work/src/$file"
-    case $outcome in
-    noticed*) noticed=$((noticed + 1)) ;;
-    "NOT NOTICED") ;;
-    *)
-        broken=$((broken + 1))
-        grep -m 3 'error: ' "$work/build.log" || true
-        ;;
-    esac
-    printf '%-28s %s\n' "$name" "$outcome"
-done <"$work/chosen"
+# walk: one lane's share of the chosen guards, a line for each; "noticed", "missed" or "broken" in its file of outcomes
+walk() {
+    export CCACHE_BASEDIR="$lane"
+    while read -r name rooms file; do
+        outcome="NOT NOTICED"
+        word=missed
+        tried=
+        if ! reason=$(entries apply $list "$lane/src" "$name" 2>&1); then
+            outcome="cannot be taken out: $reason"
+        else
+            probe "$rooms"
+        fi
+        cp "$file" "$lane/src/$file"
+        case $outcome in
+        noticed*) word=noticed ;;
+        "NOT NOTICED") ;;
+        *)
+            word=broken
+            grep -m 3 'error: ' "$lane/build.log" || true
+            ;;
+        esac
+        echo $word >>"$lane/outcomes"
+        printf '%-28s %s\n' "$name" "$outcome"
+    done <"$lane/chosen"
+}
 
+rm -f "$work"/lane*/outcomes
+for number in $(seq "$lanes"); do
+    lane=$work/lane$number
+    sed -n "$number~${lanes}p" "$work/chosen" >"$lane/chosen"
+    walk &
+done
+wait
+
+count() { cat "$work"/lane*/outcomes | grep -c "^$1" || true; }
+noticed=$(count noticed)
 percent=$((100 * noticed / guards))
 echo "$guards guards, $noticed noticed ($percent %), $(($(date +%s) - begun)) s"
-[ $broken -eq 0 ] && [ $percent -ge 95 ]
+[ "$(count broken)" -eq 0 ] && [ "$(count '')" -eq "$guards" ] && [ $percent -ge 95 ]
