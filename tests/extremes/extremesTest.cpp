@@ -307,6 +307,21 @@ TEST(Extremes, NoCallOnALargeImageTakesASecond) {
     }
     int width = 0;
     int height = 0;
+    const RECT all{0, side, side, 0};
+    const RECT part{5, side - 5, side - 5, 5};
+    std::vector<std::uint16_t> output(pixels.size());
+    CDib bitmap(side, side, 8);
+    ASSERT_TRUE(bitmap.CreateSection(nullptr));
+    timed("mirror", [&] { QVR_DISP_Mirror(side, side, pixels.data(), 0); });
+    timed("invert", [&] { QVR_DISP_Invert(side, side, pixels.data(), 14, 8000, width); });
+    timed("window", [&] { QVR_DISP_AutoWL(width, height, side, side, pixels.data(), 14, 0.05f, 0.95f); });
+    timed("cut",
+          [&] { QVR_DISP_Cut_Mask(side, side, pixels.data(), &all, &part, side, side, output.data(), 1); });
+    timed("print", [&] {
+        rawImage::CreatePrintImage14Bits(side, side, pixels.data(), 0, 0, 4000, 900, 4, 100, 5, &bitmap);
+    });
+    timed("undo", [&] { image.SaveUndoData() && image.ReadUndoData(); });
+    timed("update", [&] { image.Update(side, side, pixels.data(), 14, 13, 0, 0); });
     timed("rotate", [&] { QVR_DISP_Rotate(side, side, pixels.data(), width, height, 0); });
     timed("far away", [&] {
         const RECT far{INT_MIN, INT_MIN, INT_MIN + 640, INT_MIN + 480};
