@@ -301,11 +301,12 @@ void operator delete[](void* block, std::align_val_t, const std::nothrow_t&) noe
         return openatCall(#NAME, folder, path, flags, mode); \
     }
 // A call without bytes, forwarded to the system's function of the same name.
-#define QVR_CALL(NAME, PARAMETERS, ARGUMENTS)                      \
-    int NAME PARAMETERS {                                          \
-        static const auto system = real<int(*) PARAMETERS>(#NAME); \
-        return refuse(#NAME) ? -1 : system ARGUMENTS;              \
+#define QVR_CALL_OF(TYPE, FAILURE, NAME, PARAMETERS, ARGUMENTS)     \
+    TYPE NAME PARAMETERS {                                          \
+        static const auto system = real<TYPE(*) PARAMETERS>(#NAME); \
+        return refuse(#NAME) ? FAILURE : system ARGUMENTS;          \
     }
+#define QVR_CALL(NAME, PARAMETERS, ARGUMENTS) QVR_CALL_OF(int, -1, NAME, PARAMETERS, ARGUMENTS)
 
 // The declarations of the system's headers carry attributes (nonnull, nothrow) that these do not repeat.
 #pragma GCC diagnostic ignored "-Wattributes"
@@ -319,6 +320,12 @@ int __open_2(const char* path, int flags) {
 }
 int __open64_2(const char* path, int flags) {
     return openCall("__open64_2", path, flags, 0);
+}
+int __openat_2(int folder, const char* path, int flags) {
+    return openatCall("__openat_2", folder, path, flags, 0);
+}
+int __openat64_2(int folder, const char* path, int flags) {
+    return openatCall("__openat64_2", folder, path, flags, 0);
 }
 ssize_t read(int descriptor, void* buffer, std::size_t count) {
     return readCall("read", descriptor, buffer, count);
@@ -335,6 +342,12 @@ ssize_t pread(int descriptor, void* buffer, std::size_t count, off_t offset) {
     return part < 0 ? -1 : system(descriptor, buffer, static_cast<std::size_t>(part), offset);
 }
 ssize_t pread64(int descriptor, void* buffer, std::size_t count, off64_t offset) {
+    return pread(descriptor, buffer, count, offset);
+}
+ssize_t __pread_chk(int descriptor, void* buffer, std::size_t count, off_t offset, std::size_t) {
+    return pread(descriptor, buffer, count, offset);
+}
+ssize_t __pread64_chk(int descriptor, void* buffer, std::size_t count, off64_t offset, std::size_t) {
     return pread(descriptor, buffer, count, offset);
 }
 ssize_t pwrite(int descriptor, const void* buffer, std::size_t count, off_t offset) {
@@ -368,6 +381,12 @@ QVR_CALL(fstat, (int descriptor, struct stat* status), (descriptor, status))
 QVR_CALL(fstat64, (int descriptor, struct stat64* status), (descriptor, status))
 QVR_CALL(fallocate, (int descriptor, int mode, off_t offset, off_t length),
          (descriptor, mode, offset, length))
+QVR_CALL_OF(off_t, -1, lseek, (int descriptor, off_t offset, int from), (descriptor, offset, from))
+QVR_CALL_OF(off64_t, -1, lseek64, (int descriptor, off64_t offset, int from), (descriptor, offset, from))
+QVR_CALL_OF(char*, nullptr, realpath, (const char* path, char* resolved), (path, resolved))
+QVR_CALL_OF(char*, nullptr, __realpath_chk, (const char* path, char* resolved, std::size_t room),
+            (path, resolved, room))
+QVR_CALL_OF(DIR*, nullptr, opendir, (const char* path), (path))
 QVR_CALL(fallocate64, (int descriptor, int mode, off64_t offset, off64_t length),
          (descriptor, mode, offset, length))
 }
