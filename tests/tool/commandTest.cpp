@@ -4,11 +4,9 @@
 #include <gtest/gtest.h>
 #include <png.h>
 
-#include <cstring>
 #include <nlohmann/json.hpp>
 
 #include "dicomMaker.h"
-#include "qvr/image/CDib.h"
 #include "support/pictures.h"
 #include "toolRun.h"
 
@@ -33,38 +31,19 @@ Picture readPng(const std::string& path) {
     return {static_cast<int>(image.width), static_cast<int>(image.height), {bytes.begin(), bytes.end()}};
 }
 
-Picture readBmp(const std::string& path) {
-    CFile file;
-    CDib bitmap;
-    if (!file.Open(path.c_str(), CFile::modeRead) || !bitmap.Read(&file))
-        throw std::runtime_error("no bitmap");
-    Picture picture{bitmap.InfoHeader->biWidth, bitmap.InfoHeader->biHeight, {}};
-    const int stride = static_cast<int>(bitmap.ImageSize) / picture.height;
-    for (int y = 0; y < picture.height; ++y)
-        for (int x = 0; x < picture.width; ++x)
-            picture.greys.push_back(
-                bitmap.ColorTable[bitmap.Bits[(picture.height - 1 - y) * stride + x]].rgbGreen);
-    return picture;
-}
-
 class CommandTest : public testing::Test {
 protected:
-    ToolResult run(std::vector<std::string> arguments) {
+    ToolResult run(const Arguments& arguments) {
         auto result = runTool(arguments);
         EXPECT_EQ(result.code, 0) << result.err;
         return result;
     }
-    Json runJson(std::vector<std::string> arguments) {
-        arguments.push_back("--json");
-        return Json::parse(run(arguments).out);
-    }
+    Json runJson(const Arguments& arguments) { return Json::parse(run(joined(arguments, {"--json"})).out); }
     std::string dicom(const std::string& name, const DicomSpec& spec = {}) {
         return writeDicom(m_folder / name, spec);
     }
-    Picture rendered(const std::string& file, std::vector<std::string> more = {}) {
-        std::vector<std::string> arguments = {"render", file, "-o", m_folder / "out.png", "--force"};
-        arguments.insert(arguments.end(), more.begin(), more.end());
-        run(arguments);
+    Picture rendered(const std::string& file, const Arguments& more = {}) {
+        run(joined({"render", file, "-o", m_folder / "out.png", "--force"}, more));
         return readPng(m_folder / "out.png");
     }
 
@@ -154,11 +133,11 @@ TEST_F(CommandTest, EveryFormatHoldsTheSamePicture) {
     const Picture png = readPng(render("a.png"));
     EXPECT_EQ(png.width, 101);
     EXPECT_EQ(png.height, 70);
-    EXPECT_EQ(readBmp(render("a.bmp")).greys, png.greys);
-    const std::string pgm = contentOf(render("a.PGM"));
-    EXPECT_EQ(pgm.substr(0, pgm.size() - png.greys.size()), "P5\n101 70\n255\n");
-    EXPECT_TRUE(std::equal(png.greys.begin(), png.greys.end(), pgm.end() - 101 * 70,
-                           [](int grey, char byte) { return grey == static_cast<unsigned char>(byte); }));
+    const std::string greys(png.greys.begin(), png.greys.end());
+    EXPECT_EQ(contentOf(render("a.PGM")), "P5\n101 70\n255\n" + greys);
+    const std::string bmp = contentOf(render("a.bmp"));
+    for (std::size_t y = 0; y < 70; ++y)  // 104 bytes a row, bottom row first
+        EXPECT_EQ(bmp.substr(bmp.size() - 104 * (y + 1), 101), greys.substr(101 * y, 101)) << "row " << y;
     const auto piped = run({"render", file, "-o", "-", "--size", "101x70", "--window", "2048,4096"});
     EXPECT_EQ(piped.out, contentOf(m_folder / "a.png"));
 }
@@ -242,18 +221,6 @@ TEST_F(CommandTest, WarnsOnceAndGoesOn) {
         runTool({"-q", "render", m_folder / "a.dcm", "-o", m_folder / "b.png", "--window", "300,0"}).err, "");
 }
 
-TEST_F(CommandTest, JsonHasTheKeysThatScriptsReadInTheirOrder) {
-    const auto file = dicom("a.dcm");
-    const auto text = run({"render", file, "-o", m_folder / "a.png", "--json", "--window", "2048,4096"}).out;
-    EXPECT_EQ(text.substr(0, text.find(",\"output\"")),
-              "{\"file\":\"" + file +
-                  "\",\"rows\":64,\"columns\":96,\"source_bits\":12,\"adopted_bits\":14,\"inverted_on_"
-                  "import\":false,"
-                  "\"window\":{\"source\":\"given\",\"center\":2048,\"width\":4096,\"low\":0,\"high\":4096},"
-                  "\"marks\":0");
-    EXPECT_NE(text.find(",\"result\":\"ok\"}\n"), std::string::npos);
-}
-
 TEST_F(CommandTest, LinkIsFollowedAndTheFilesModeKept) {
     const auto real = m_folder.file("real.png", std::string("old"));
     std::filesystem::permissions(real, std::filesystem::perms(0600));
@@ -264,11 +231,7 @@ TEST_F(CommandTest, LinkIsFollowedAndTheFilesModeKept) {
     EXPECT_EQ(std::filesystem::status(real).permissions(), std::filesystem::perms(0600));
 }
 
-TEST(Help, NamesTheVerbsOfThisBuildOnly) {
-    const auto help = runTool({"--help"});
-    EXPECT_EQ(help.code, 0);
-    EXPECT_EQ(help.err, "");
-    for (const char* verb : {"info", "window", "render"}) EXPECT_NE(help.out.find(verb), std::string::npos);
+TEST(Help, NamesTheVersionAndTheOptions) {
     EXPECT_EQ(runTool({"--version"}).out, "qvr " QVR_VERSION "\n");
     EXPECT_NE(runTool({"render", "--help"}).out.find("--letterbox"), std::string::npos);
 }

@@ -92,6 +92,11 @@ std::string writeEncapsulated(const std::string& path, DicomSpec spec, E_Transfe
     return path;
 }
 
+std::string attributeText(DcmItem& item, const DcmTagKey& tag) {
+    OFString text;
+    return item.findAndGetOFStringArray(tag, text).good() ? std::string(text.c_str()) : "(missing)";
+}
+
 std::string cut(const std::string& path, std::size_t size) {
     std::filesystem::resize_file(path, size);
     return path;
