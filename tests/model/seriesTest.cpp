@@ -193,13 +193,6 @@ TEST_F(SeriesTest, RejectionNeedsAThumbnailAndDeletesBothFiles) {
     EXPECT_EQ(series->CreateImage(&record, m_folder.path().c_str(), &kScreen, &m_surface), 1);  // a repeat
 }
 
-TEST_F(SeriesTest, RejectionDeletesNoFolder) {
-    ASSERT_EQ(create(imageRecord(1)), 1);
-    block(1);
-    EXPECT_EQ(m_series->RejectImage(), 1);
-    EXPECT_TRUE(fs::is_directory(imageFile(1)));
-}
-
 // What a protocol's file gives as thumbnail: its bitmap, an empty bitmap, or none.
 struct ThumbFile {
     const char* name;
