@@ -177,6 +177,9 @@ TEST_F(CQVRImageTest, FreeDrawPaintsNothingButTheBitmap) {
     m_image.FreeDraw({0, 0}, &room, nullptr);
     CQVRImage().FreeDraw({0, 0}, &room, &m_surface);
     EXPECT_EQ(m_surface.drawn.size(), 3u);
+    m_surface.onCall = [&] { m_image.Update(1, 1, m_pixels.data(), 14, 13, 1, 1); };  // drops the bitmap
+    m_image.FreeDraw({0, 0}, &room, &m_surface);
+    EXPECT_EQ(m_image.GetDIB(), nullptr);
 }
 
 TEST_F(CQVRImageTest, CopiesAreDeep) {

@@ -12,7 +12,6 @@
 #include "support/fileSizeLimit.h"
 #include "support/pictures.h"
 #include "support/recordingDC.h"
-#include "support/refuseAllocation.h"
 #include "support/temporaryFolder.h"
 
 namespace {
@@ -285,32 +284,9 @@ TEST_F(ExportTest, UnreadablePixelsWriteNothing) {
     EXPECT_EQ(m_image.GetFilePath(), m_own);
 }
 
-TEST_F(ExportTest, WithoutMemoryTheImageKeepsItsFiles) {
-    acquire();
-    const std::string target = m_folder / "out.raw";
-    for (const bool raw : {true, false}) {
-        const std::string before = raw ? m_raw : m_own;
-        const long refusals = refuseEachAllocation(
-            [&] { m_folder.file("out.raw", std::string("older")); },
-            [&] {
-                return raw ? m_image.WriteFileForPROC(target.c_str())
-                           : m_image.WriteFileForPRES(target.c_str(), nullptr);
-            },
-            [&](int done, bool) {
-                EXPECT_EQ(raw ? m_image.GetBAKFilePath() : m_image.GetFilePath(), done ? target : before);
-                // The old content or the new one, never a part.
-                const bool whole = pixelsOf(target) == (raw ? m_acquired : m_pixels);
-                EXPECT_TRUE(whole || (!done && contentOf(target) == "older"));
-                ASSERT_LE(files().size(), 2u);
-            });
-        EXPECT_GE(refusals, 2);
-        ASSERT_TRUE(!raw || m_image.WriteFileForPROC((m_folder / "raw.raw").c_str()) == 1);
-    }
-}
-
 // --- an opened image ----------------------------------------------------------------------------------------------
 
-TEST_F(ExportTest, AnOpenedImageCommitsItsPixelsWithoutMarks) {
+TEST_F(ExportTest, AnOpenedImageCommitsItsPixelsWithoutMarksOrLeavesItsFile) {
     for (const bool resident : {true, false}) {
         fs::remove(m_folder / "work.raw");
         open(resident);
@@ -320,31 +296,22 @@ TEST_F(ExportTest, AnOpenedImageCommitsItsPixelsWithoutMarks) {
             addMarks();
         }
         const Names before = files();
+        {
+            const FileSizeLimit limit(1000);
+            EXPECT_EQ(m_image.WriteFileForPRES(nullptr, nullptr), 0);
+        }
         EXPECT_EQ(m_image.WriteFileForPROC((m_folder / "out.raw").c_str()), 0);
+        EXPECT_EQ(pixelsOf(m_own), m_acquired);
+        EXPECT_EQ(files(), before);
         EXPECT_EQ(m_image.WriteFileForPRES(nullptr, nullptr), 1);
         EXPECT_EQ(pixelsOf(m_own), m_pixels);
         EXPECT_EQ(pixelsOf(m_raw), m_acquired);
         EXPECT_EQ(m_image.GetFilePath(), m_own);
         EXPECT_EQ(files(), before);  // the work file stays where there is one
     }
-}
-
-TEST_F(ExportTest, AFailedCommitLeavesTheImageFile) {
-    for (const bool resident : {true, false}) {
-        fs::remove(m_folder / "work.raw");
-        open(resident);
-        const Names before = files();
-        {
-            const FileSizeLimit limit(1000);
-            EXPECT_EQ(m_image.WriteFileForPRES(nullptr, nullptr), 0);
-        }
-        EXPECT_EQ(pixelsOf(m_own), m_acquired);
-        EXPECT_EQ(files(), before);
-        if (resident) continue;
-        fs::remove(m_folder / "work.raw");
-        EXPECT_EQ(m_image.WriteFileForPRES(nullptr, nullptr), 0);
-        EXPECT_EQ(pixelsOf(m_own), m_acquired);
-    }
+    fs::remove(m_folder / "work.raw");
+    EXPECT_EQ(m_image.WriteFileForPRES(nullptr, nullptr), 0) << "nothing to commit";
+    EXPECT_EQ(pixelsOf(m_own), m_pixels);
 }
 
 }  // namespace

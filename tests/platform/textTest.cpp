@@ -113,33 +113,6 @@ TEST(Text, SmoothedTextReachesItsColourAndBlends) {
     EXPECT_GT(edges, 50);
 }
 
-TEST(Text, CompatibleRastersHoldTwoValuesOnly) {
-    for (const int bits : {8, 16, 24, 32}) {
-        CRasterDC screen(1, 1, bits);
-        const auto raster = screen.CreateCompatibleRaster(200, 100);
-        ASSERT_TRUE(raster);
-        CFont font(80, 400, "Arial", 1);
-        raster->SelectObject(&font);
-        raster->SetTextColor(0xFFFFFF);
-        const RECT all{0, 0, 200, 100};
-        ASSERT_EQ(raster->DrawText("Rg左", -1, &all, 0x10025), 80);
-        const int bytes = raster->GetBitsPerPixel() / 8;
-        int white = 0;
-        for (int y = 0; y < 100; ++y) {
-            const auto* row = static_cast<const std::uint8_t*>(raster->GetRow(y));
-            for (int x = 0; x < 200; ++x, row += bytes) {
-                const std::vector<std::uint8_t> pixel(row, row + bytes);
-                std::vector<std::uint8_t> full(static_cast<std::size_t>(bytes), 0xFF);
-                if (bytes == 4) full[3] = 0;
-                const bool isWhite = pixel == full;
-                ASSERT_TRUE(isWhite || pixel == std::vector<std::uint8_t>(pixel.size(), 0)) << x << ", " << y;
-                white += isWhite;
-            }
-        }
-        EXPECT_GT(white, 500);
-    }
-}
-
 TEST(Text, OneBitTextKeepsItsWeight) {
     for (const int height : {24, 30, 40, 50, 160, 400}) {
         const CSize extent = extentOf("Left 12", height);

@@ -63,11 +63,14 @@ Json& imageOf(Json& exam, int number) {
     return exam["studies"][0]["series"][static_cast<std::size_t>(number - 1)]["image"];
 }
 
+enum class Change { none, removed, shortened, lengthened, altered, folder };
+
 struct Damage {
     const char* name;
-    std::function<void(const Exam&)> done;
-    std::string image, raw;  // states of image 2 as found
-    bool mended;             // by --repair
+    Change image, raw;                 // of image 2
+    std::string imageFound, rawFound;  // its states
+    bool mended;                       // by --repair
+    bool listed = true;                // the image file stands in the exam file
 };
 
 std::string otherPixels(const Exam& exam) {
@@ -76,67 +79,50 @@ std::string otherPixels(const Exam& exam) {
     return content;
 }
 
+void apply(Change change, const std::string& path, const Exam& exam) {
+    if (change == Change::removed || change == Change::folder) fs::remove(path);
+    if (change == Change::folder) fs::create_directory(path);
+    if (change == Change::shortened) fs::resize_file(path, 12287);
+    if (change == Change::lengthened) fs::resize_file(path, 12289);
+    if (change == Change::altered) write(path, otherPixels(exam));
+}
+
 TEST(DamageTest, IsNamedAndMendedWhereThatIsSafe) {
+    using enum Change;
     const Damage rows[] = {
-        {"none", [](const Exam&) {}, "whole", "whole", true},
-        {"imageMissing", [](const Exam& exam) { fs::remove(exam.image(2)); }, "missing", "whole", true},
-        {"imageShort", [](const Exam& exam) { fs::resize_file(exam.image(2), 12287); }, "short", "whole",
-         true},
-        {"imageLong", [](const Exam& exam) { fs::resize_file(exam.image(2), 12289); }, "long", "whole",
-         false},
-        {"imageDiffers", [](const Exam& exam) { write(exam.image(2), otherPixels(exam)); }, "differs",
-         "whole", false},
-        {"rawMissing", [](const Exam& exam) { fs::remove(exam.raw(2)); }, "whole", "missing", true},
-        {"rawShort", [](const Exam& exam) { fs::resize_file(exam.raw(2), 2); }, "whole", "short", true},
-        {"rawDiffers", [](const Exam& exam) { write(exam.raw(2), otherPixels(exam)); }, "whole", "differs",
-         false},
-        {"bothMissing",
-         [](const Exam& exam) {
-             fs::remove(exam.raw(2));
-             fs::remove(exam.image(2));
-         },
-         "missing", "missing", false},
-        {"imageShortRawDiffers",
-         [](const Exam& exam) {
-             write(exam.raw(2), otherPixels(exam));
-             fs::resize_file(exam.image(2), 5);
-         },
-         "short", "differs", false},
-        {"aFolder",
-         [](const Exam& exam) {
-             fs::remove(exam.image(2));
-             fs::create_directory(exam.image(2));
-         },
-         "unusable", "whole", false},
+        {"nothing", none, none, "whole", "whole", true},
+        {"imageMissing", removed, none, "missing", "whole", true},
+        {"imageShort", shortened, none, "short", "whole", true},
+        {"imageLong", lengthened, none, "long", "whole", false},
+        {"imageDiffers", altered, none, "differs", "whole", false},
+        {"rawMissing", none, removed, "whole", "missing", true},
+        {"rawShort", none, shortened, "whole", "short", true},
+        {"rawDiffers", none, altered, "whole", "differs", false},
+        {"bothMissing", removed, removed, "missing", "missing", false},
+        {"imageShortRawDiffers", shortened, altered, "short", "differs", false},
+        {"aFolder", folder, none, "unusable", "whole", false},
         // The program was killed after it wrote the image file and before it wrote the exam file.
-        {"notYetInTheExamFile",
-         [](const Exam& exam) {
-             changeExamFile(exam, [](Json& json) { imageOf(json, 2)["image_file"] = nullptr; });
-         },
-         "whole", "whole", true},
+        {"notYetInTheExamFile", none, none, "whole", "whole", true, false},
         // The same, while a user had changed the pixels: what is on disk is newer than the exam file.
-        {"changedAndNotYetInTheExamFile",
-         [](const Exam& exam) {
-             changeExamFile(exam, [](Json& json) { imageOf(json, 2)["image_file"] = nullptr; });
-             write(exam.image(2), otherPixels(exam));
-         },
-         "differs", "whole", false}};
+        {"changedAndNotYetInTheExamFile", altered, none, "differs", "whole", false, false}};
     for (const Damage& test : rows) {
         SCOPED_TRACE(test.name);
         const Exam exam;
-        test.done(exam);
+        apply(test.image, exam.image(2), exam);
+        apply(test.raw, exam.raw(2), exam);
+        if (!test.listed) changeExamFile(exam, [](Json& json) { imageOf(json, 2)["image_file"] = nullptr; });
         const auto contentOrFolder = [](const std::string& path) {
             return fs::is_directory(path) ? "(folder)" : contentOf(path);
         };
         const auto before = contentOrFolder(exam.image(2));
 
         const auto found = exam.check({"--json"});
-        const bool whole = test.image == "whole" && test.raw == "whole";
+        const bool whole = test.imageFound == "whole" && test.rawFound == "whole";
         EXPECT_EQ(found.code, whole ? 0 : 1);
         auto all = objects(found.out);
         ASSERT_EQ(all.size(), 3U) << found.out;
-        EXPECT_EQ(all[uidOf(2)]["image_file"]["state"], test.image);
-        EXPECT_EQ(all[uidOf(2)]["raw_copy"]["state"], test.raw);
+        EXPECT_EQ(all[uidOf(2)]["image_file"]["state"], test.imageFound);
+        EXPECT_EQ(all[uidOf(2)]["raw_copy"]["state"], test.rawFound);
         for (const int other : {1, 3}) EXPECT_EQ(all[uidOf(other)]["result"], "ok");
         EXPECT_EQ(contentOrFolder(exam.image(2)), before);  // looking changes nothing
 

@@ -50,65 +50,52 @@ protected:
     TemporaryFolder m_folder;
 };
 
-// What a file must look like whatever way it stores its pixels: bright above, dark below, brighter to the right.
+// The same picture stored in another way.
 struct WayCase {
     const char* name;
-    DicomSpec spec;
+    E_TransferSyntax transfer;
+    const char* photometric;
+    const char* slope;
+    int bits;
+    bool isSigned;
+    int (*word)(int value);
     bool inverted;
-    int sourceBits;
 };
 
-DicomSpec with(const std::function<void(DicomSpec&)>& change) {
-    DicomSpec spec;
-    spec.words = topBright(spec.columns, spec.rows);
-    change(spec);
-    return spec;
-}
-// 4095 - value, 16 * value, …: the same picture in another form.
-void eachWord(DicomSpec& spec, const std::function<int(int)>& change) {
-    for (auto& word : spec.words) word = static_cast<std::uint16_t>(change(word));
-}
-DicomSpec compressed(E_TransferSyntax transfer) {
-    return with([transfer](DicomSpec& spec) { spec.transfer = transfer; });
-}
+// What a file must look like whatever way it stores its pixels: bright above, dark below, brighter to the right.
 TEST_F(CommandTest, IsShownUprightWithBrightOnTop) {
-    const WayCase rows[] = {{"plain", with([](DicomSpec&) {}), false, 12},
-                            {"bigEndian", compressed(EXS_BigEndianExplicit), false, 12},
-                            {"rle", compressed(EXS_RLELossless), false, 12},
-                            {"jpegLossless", compressed(EXS_JPEGProcess14SV1), false, 12},
-                            {"jpegLs", compressed(EXS_JPEGLSLossless), false, 12},
-                            {"monochrome1", with([](DicomSpec& spec) {
-                                 spec.photometric = "MONOCHROME1";
-                                 eachWord(spec, [](int v) { return 4095 - v; });
-                             }),
-                             true, 12},
-                            {"fallingSlope", with([](DicomSpec& spec) {
-                                 eachWord(spec, [](int v) { return 4095 - v; });
-                                 spec.more = [](DcmDataset& set) {
-                                     set.putAndInsertString(DCM_RescaleSlope, "-1");
-                                 };
-                             }),
-                             true, 12},
-                            {"signed", with([](DicomSpec& spec) {
-                                 spec.isSigned = true;
-                                 eachWord(spec, [](int v) { return v - 2048; });
-                             }),
-                             false, 12},
-                            {"eightBits", with([](DicomSpec& spec) {
-                                 spec.bitsAllocated = spec.bitsStored = 8;
-                                 spec.highBit = 7;
-                                 eachWord(spec, [](int v) { return v >> 4; });
-                             }),
-                             false, 8}};
+    const auto same = [](int v) { return v; };
+    const auto negative = [](int v) { return 4095 - v; };
+    const auto explicitSyntax = EXS_LittleEndianExplicit;
+    const WayCase rows[] = {
+        {"plain", explicitSyntax, "MONOCHROME2", "1", 12, false, same, false},
+        {"bigEndian", EXS_BigEndianExplicit, "MONOCHROME2", "1", 12, false, same, false},
+        {"rle", EXS_RLELossless, "MONOCHROME2", "1", 12, false, same, false},
+        {"jpegLossless", EXS_JPEGProcess14SV1, "MONOCHROME2", "1", 12, false, same, false},
+        {"jpegLs", EXS_JPEGLSLossless, "MONOCHROME2", "1", 12, false, same, false},
+        {"monochrome1", explicitSyntax, "MONOCHROME1", "1", 12, false, negative, true},
+        {"fallingSlope", explicitSyntax, "MONOCHROME2", "-1", 12, false, negative, true},
+        {"signed", explicitSyntax, "MONOCHROME2", "1", 12, true, [](int v) { return v - 2048; }, false},
+        {"eightBits", explicitSyntax, "MONOCHROME2", "1", 8, false, [](int v) { return v >> 4; }, false}};
     for (const WayCase& test : rows) {
         SCOPED_TRACE(test.name);
-        const auto file = dicom("way.dcm", test.spec);
-        const auto picture = rendered(file, {"--window", test.sourceBits == 8 ? "128,256" : "2048,4096"});
+        DicomSpec spec;
+        spec.transfer = test.transfer;
+        spec.photometric = test.photometric;
+        spec.bitsAllocated = test.bits == 8 ? 8 : 16;
+        spec.bitsStored = test.bits;
+        spec.highBit = test.bits - 1;
+        spec.isSigned = test.isSigned;
+        for (const int value : topBright(spec.columns, spec.rows))
+            spec.words.push_back(static_cast<std::uint16_t>(test.word(value)));
+        spec.more = [&](DcmDataset& set) { set.putAndInsertString(DCM_RescaleSlope, test.slope); };
+        const auto file = dicom("way.dcm", spec);
+        const auto picture = rendered(file, {"--window", test.bits == 8 ? "128,256" : "2048,4096"});
 
         ASSERT_EQ(picture.width, 96);
         ASSERT_EQ(picture.height, 64);
         // The linear table of window 2048/4096 (low 0, step 4177920 / 4097 = 1019): 3000 -> 186, 3095 -> 192, 100 -> 6.
-        if (test.sourceBits != 8) {
+        if (test.bits != 8) {
             EXPECT_EQ(picture.at(0, 0), 186);
             EXPECT_EQ(picture.at(95, 0), 192);
             EXPECT_EQ(picture.at(0, 63), 6);
@@ -117,7 +104,7 @@ TEST_F(CommandTest, IsShownUprightWithBrightOnTop) {
 
         const auto json = runJson({"info", file});
         EXPECT_EQ(json["inverted_on_import"], test.inverted);
-        EXPECT_EQ(json["source_bits"], test.sourceBits);
+        EXPECT_EQ(json["source_bits"], test.bits);
         EXPECT_EQ(json["adopted_bits"], 14);
         EXPECT_EQ(json["rows"], 64);
         EXPECT_EQ(json["columns"], 96);
