@@ -42,7 +42,9 @@ public:
         writeDicom(*this / "good.dcm", {});
         cut(writeDicom(*this / "cut.dcm", {}), 4000);
         cut(wrong("cutls.dcm", [](DicomSpec& spec) { spec.transfer = EXS_JPEGLSLossless; }), 900);
-        writeEncapsulated(*this / "j2k.dcm", {}, EXS_JPEG2000LosslessOnly);
+        auto jpeg = contentOf(wrong("jpeg.dcm", [](auto& spec) { spec.transfer = EXS_JPEGProcess14SV1; }));
+        m_folder.file("j2k.dcm",
+                      jpeg.replace(jpeg.find("1.2.840.10008.1.2.4.70"), 22, "1.2.840.10008.1.2.4.90"));
         m_folder.file("empty.dcm", std::string());
         m_folder.file("text.dcm", std::string("no image at all"));
         m_folder.file("short.raw", std::string(100, '\0'));
@@ -131,6 +133,13 @@ Arguments render(const std::string& file, const Arguments& more = {}) {
 Arguments ask(const std::string& file) {
     return {"info", file};
 }
+ToolSetting full(rlim_t bytes) {
+    return {{}, "/dev/null", bytes};
+}
+ToolSetting fonts(const std::string& configuration) {
+    return {{{"FONTCONFIG_FILE", inputs() / configuration}}};
+}
+const Arguments kBuild = {"exam", "build", "@dicoms", "-o", "@out"};
 const Arguments kL = {"--mark", "L@left,top"};
 const Arguments kFour = joined(joined(kL, kL), joined(kL, kL));
 
@@ -171,16 +180,9 @@ TEST(BadInput, Files) {
          {"device", {"render", "@good.dcm", "-o", "/dev/../dev/null", "--force"}, 2, "extension"},
          {"folderForAFile", {"render", "@good.dcm", "-o", "@folder.png", "--force"}, 5, "folder"},
          {"fileForAFolder", {"render", "@good.dcm", "-o", "@text.dcm/out.png"}, 5, "no folder"},
-         {"diskFull",
-          {"render", "@good.dcm", "-o", "@out.pgm"},
-          5,
-          "Nothing was changed.",
-          {{}, "/dev/null", 1000}},
-         {"diskFullOverAnOldFile",
-          {"render", "@good.dcm", "-o", "@there.png", "--force", "--size", "3000x3000"},
-          5,
-          "Nothing was changed.",
-          {{}, "/dev/null", 1000}},
+         {"diskFull", to("render", "@out.pgm"), 5, "Nothing was changed.", full(1000)},
+         {"diskFullOverAnOldFile", to("render", "@there.png", {"--force", "--size", "999x999"}), 5,
+          "Nothing was changed.", full(1000)},
          {"badUid", render("@baduid.dcm"), 6, "\"1.2/../x\" contains \"/\""}});
 }
 
@@ -193,16 +195,8 @@ TEST(BadInput, Exams) {
          {"examExists", {"exam", "build", "@dicoms", "-o", "@exam"}, 6, "--force"},
          {"listNoExam", {"exam", "list", "@dicoms"}, 3, "no exam.json"},
          {"checkBroken", {"cache", "check", "@broken", "--repair"}, 3, "no JSON text"},
-         {"examDiskFull",
-          {"exam", "build", "@dicoms", "-o", "@out"},
-          5,
-          "R.1.2.3.4.raw: not written",
-          {{}, "/dev/null", 8000}},
-         {"examFileDiskFull",
-          {"exam", "build", "@dicoms", "-o", "@out"},
-          5,
-          "exam.json: not written",
-          {{}, "/dev/null", 500}},
+         {"examDiskFull", kBuild, 5, "R.1.2.3.4.raw: not written", full(8000)},
+         {"examFileDiskFull", kBuild, 5, "exam.json: not written", full(500)},
          {"exportIntoAFile", {"exam", "export", "@exam", "-o", "@good.dcm"}, 5, "good.dcm"}});
 }
 
@@ -213,11 +207,7 @@ TEST(BadInput, Writing) {
           "64 x 96"},
          {"editMaskOutside", to("edit", "@out.dcm", {"--mask", "0,60,20,20"}), 2, "leaves the picture"},
          {"editNegativeWindow", to("edit", "@out.dcm", {"--mirror", "--window", "100,-5"}), 2, "width -5"},
-         {"editDiskFull",
-          to("edit", "@out.dcm", {"--mirror"}),
-          5,
-          "Nothing was changed.",
-          {{}, "/dev/null", 1000}},
+         {"editDiskFull", to("edit", "@out.dcm", {"--mirror"}), 5, "Nothing was changed.", full(1000)},
          {"burnNoMark", to("burn", "@out.dcm"), 2, "--mark"},
          {"burnNotUtf8", to("burn", "@out.dcm", {"--mark", "\xff@left,top"}), 2, "not UTF-8"},
          {"burnTooHigh", to("burn", "@out.dcm", joined(kL, {"--mark-height", "65px"})), 2, "image's 64"},
@@ -232,16 +222,9 @@ TEST(BadInput, Writing) {
           "does not fit"},
          {"burnNoFontHasIt", to("burn", "@out.dcm", {"--mark", "a\xf4\x8f\xbf\xbd@left,top"}), 6,
           "no installed font has U+10FFFD"},
-         {"burnNoChineseFont",
-          to("burn", "@out.dcm", {"--mark", "\xe5\xb7\xa6@left,top"}),
-          6,
-          "mark \"\xe5\xb7\xa6\": no installed font has U+5DE6.",
-          {{{"FONTCONFIG_FILE", inputs() / "onlyLatin.conf"}}}},
-         {"burnNoFontAtAll",
-          to("burn", "@out.dcm", kL),
-          6,
-          "no usable font",
-          {{{"FONTCONFIG_FILE", inputs() / "noFont.conf"}}}},
+         {"burnNoChineseFont", to("burn", "@out.dcm", {"--mark", "\xe5\xb7\xa6@left,top"}), 6,
+          "mark \"\xe5\xb7\xa6\": no installed font has U+5DE6.", fonts("onlyLatin.conf")},
+         {"burnNoFontAtAll", to("burn", "@out.dcm", kL), 6, "no usable font", fonts("noFont.conf")},
          {"printHugeFilm", to("print", "@out.png", {"--film", "800x10in@300dpi"}), 2, "32767"},
          {"printRegionOutside", to("print", "@out.png", {"--region", "0,0,97,10"}), 2, "96 x 64"},
          {"printMarkOutsideTheRegion",
