@@ -59,17 +59,7 @@ TEST_F(ResidencyTest, FailedWriteStopsAnActivationButNotAnAcquisition) {
     EXPECT_TRUE(resident(all[6], 6));
 }
 
-TEST_F(ResidencyTest, ActivationOfWhatNeedsNoneLeavesTheList) {
-    const List all = acquireSeries(5);
-    const List before = counted();
-    EXPECT_EQ(activate(plan()), 1);
-    EXPECT_EQ(activate(all[3]), 1);
-    EXPECT_EQ(m_exam.ActivateImage(0, 6, &kScreen, &m_surface), 0);
-    EXPECT_EQ(m_exam.ActivateImage(1, 0, &kScreen, &m_surface), 0);
-    EXPECT_EQ(counted(), before);
-}
-
-TEST_F(ResidencyTest, WhatCannotSucceedEvictsNothing) {
+TEST_F(ResidencyTest, WhatCannotSucceedOrNeedsNoRoomEvictsNothing) {
     const List all = acquireSeries(6);
     const List before = counted();
     const QVR_ST_IMAGE record = imageRecord(7);
@@ -88,6 +78,10 @@ TEST_F(ResidencyTest, WhatCannotSucceedEvictsNothing) {
     EXPECT_EQ(listed(m_exam.ReadSeriesInRAM(nullptr, &kScreen, &m_surface), m_exam.WriteSeriesToHDD(nullptr)),
               "0 0 ");
     EXPECT_EQ(m_study->GetSeries(planned)->IsImageExist(), 0);
+    EXPECT_EQ(m_exam.ActivateImage(0, planned + 1, &kScreen, &m_surface), 0);
+    EXPECT_EQ(m_exam.ActivateImage(1, 0, &kScreen, &m_surface), 0);
+    EXPECT_EQ(activate(m_study->GetSeries(planned)), 1);
+    EXPECT_EQ(activate(all[3]), 1);
     EXPECT_EQ(counted(), before);
 }
 
