@@ -6,8 +6,6 @@
 #include <limits>
 #include <ostream>
 
-#include "support/pictures.h"
-
 namespace qvr {
 void PrintTo(const FreePlacement& p, std::ostream* out) {
     *out << p.width << 'x' << p.height << " at " << p.x << ',' << p.y << " from " << p.sourceWidth << 'x'

@@ -8,7 +8,6 @@
 
 #include "qvr/image/rawImage.h"
 #include "reference/displayTable.h"
-#include "support/pictures.h"
 
 namespace {
 

@@ -1,12 +1,9 @@
 // Display: the fitted size and ratios, building, letter-boxed drawing, and surfaces that misbehave.
 #include <gtest/gtest.h>
 
-#include <algorithm>
 #include <limits>
-#include <optional>
 
 #include "qvr/image/rawImage.h"
-#include "qvr/platform/CRasterDC.h"
 #include "support/pictures.h"
 #include "support/recordingDC.h"
 #include "support/temporaryFolder.h"

@@ -10,7 +10,6 @@
 #include <utility>
 
 #include "qvr/image/QVR_COMP.h"
-#include "support/pictures.h"
 #include "support/temporaryFolder.h"
 
 namespace {

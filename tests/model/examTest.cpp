@@ -1,9 +1,7 @@
 // Exam: positions, and which images are in memory. No acquired pixel may be lost, whatever fails.
-#include <functional>
 
 #include "examination.h"
 #include "listed.h"
-#include "support/fileSizeLimit.h"
 
 namespace {
 

@@ -4,7 +4,6 @@
 #include "examination.h"
 #include "listed.h"
 #include "reducedPictures.h"
-#include "support/fileSizeLimit.h"
 
 namespace {
 

@@ -9,7 +9,6 @@
 #include "qvr/model/dcmEquipment.h"
 #include "qvr/model/dcmProtocol.h"
 #include "qvr/model/dcmWorklist.h"
-#include "support/pictures.h"
 
 namespace {
 

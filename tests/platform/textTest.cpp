@@ -1,14 +1,11 @@
 // Text on surfaces: sizes, placement, coverage, and what must not hang or crash.
 #include <gtest/gtest.h>
 
-#include <cmath>
 #include <cstdint>
 #include <cstdlib>
 #include <fstream>
 #include <limits>
-#include <random>
 #include <string>
-#include <thread>
 #include <vector>
 
 #include "platform/textTools.h"

@@ -3,8 +3,6 @@
 
 #include <gtest/gtest.h>
 
-#include "support/pictures.h"
-
 namespace qvr::tool {
 namespace {
 

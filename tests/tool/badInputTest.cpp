@@ -11,7 +11,6 @@
 #include <vector>
 
 #include "dicomMaker.h"
-#include "support/pictures.h"
 #include "toolRun.h"
 
 namespace {

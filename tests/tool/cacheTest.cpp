@@ -1,13 +1,11 @@
 // What qvr cache check finds, what --repair brings back, and what is left of a program that is killed.
 #include <gtest/gtest.h>
 
-#include <algorithm>
 #include <chrono>
 #include <filesystem>
 #include <nlohmann/json.hpp>
 
 #include "examMaker.h"
-#include "support/pictures.h"
 #include "toolRun.h"
 
 namespace {

@@ -7,7 +7,6 @@
 #include <nlohmann/json.hpp>
 
 #include "dicomMaker.h"
-#include "support/pictures.h"
 #include "toolRun.h"
 
 namespace {

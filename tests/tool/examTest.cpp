@@ -1,44 +1,28 @@
 // Exams on disk: what is written is what is reopened, room is made oldest first, and no exam file is trusted.
-#include <dcmtk/dcmdata/dcdatset.h>
-#include <dcmtk/dcmdata/dcdeftag.h>
 #include <gtest/gtest.h>
 
 #include <algorithm>
 #include <filesystem>
-#include <nlohmann/json.hpp>
 
 #include "examMaker.h"
 #include "examTree.h"
-#include "support/pictures.h"
 #include "toolRun.h"
 
 namespace qvr::tool {
 namespace {
 
 namespace fs = std::filesystem;
-using Json = nlohmann::json;
 
-std::vector<std::uint8_t> bytesOf(const CDib* bitmap) {
-    if (!bitmap || !bitmap->Bits) return {};
-    return {bitmap->Bits, bitmap->Bits + bitmap->ImageSize};
-}
-
-// Everything that a screen shows of a series: display with marks, thumbnail, preview.
-struct Shown {
-    std::vector<std::uint32_t> screen;
-    std::vector<std::uint8_t> thumb, preview;
-    bool operator==(const Shown&) const = default;
-};
-
-Shown shown(dcmSeries& series, const RECT& display) {
+// What a screen shows of a series: display with marks.
+std::vector<std::uint32_t> shown(dcmSeries& series, const RECT& display) {
     CRasterDC surface(display.right, display.bottom);
     series.DrawImage(&display, &surface);
-    Shown out{{}, bytesOf(series.GetThumb()), bytesOf(series.GetPreview())};
+    std::vector<std::uint32_t> screen;
     for (int y = 0; y < display.bottom; ++y) {
         const auto* row = static_cast<const std::uint32_t*>(surface.GetRow(y));
-        out.screen.insert(out.screen.end(), row, row + display.right);
+        screen.insert(screen.end(), row, row + display.right);
     }
-    return out;
+    return screen;
 }
 
 class ExamTest : public testing::Test {
@@ -65,7 +49,7 @@ protected:
 TEST_F(ExamTest, ShowsTheSamePicturesWhenReopened) {
     ExamBuilder builder(m_folder);
     const RECT display = displayOf(builder.record());
-    std::vector<Shown> before;
+    std::vector<std::vector<std::uint32_t>> before;
     for (int number = 1; number <= 7; ++number) {
         add(builder, number);
         before.push_back(shown(*series(builder, number), display));
@@ -83,7 +67,7 @@ TEST_F(ExamTest, ShowsTheSamePicturesWhenReopened) {
     marked.SetMarkDISPLeftTop(1, {333, 444}, &display, &surface);
     marked.SetMarkSelected(-1);
     for (const std::size_t position : {3U, 5U}) {
-        const Shown now = shown(*series(builder, static_cast<int>(position) + 1), display);
+        const auto now = shown(*series(builder, static_cast<int>(position) + 1), display);
         EXPECT_FALSE(now == before[position]);
         before[position] = now;
     }
@@ -104,8 +88,6 @@ TEST_F(ExamTest, ShowsTheSamePicturesWhenReopened) {
         EXPECT_TRUE(std::equal(pixels.begin(), pixels.end(), read)) << image.uid();
         EXPECT_STREQ(again.GetBodyPartExamined(), "HAND");
         EXPECT_EQ(again.GetExposureIndex(), 301 + image.position);
-        EXPECT_EQ(again.GetDcmImage()->GetRawImage()->GetLUTType(), (image.position + 1) % 5);
-        EXPECT_EQ(again.GetDcmImage()->GetRawImage()->GetLUTParamK(), 3);
         EXPECT_TRUE(shown(again, display) == before[number]) << image.uid();
     }
     EXPECT_EQ(images[5].image().marks.size(), 2U);

@@ -5,13 +5,11 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
-#include <cmath>
 #include <cstdlib>
 #include <nlohmann/json.hpp>
 
 #include "dicomMaker.h"
 #include "markRequest.h"
-#include "support/pictures.h"
 #include "toolRun.h"
 
 namespace {

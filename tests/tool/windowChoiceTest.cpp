@@ -8,7 +8,6 @@
 #include "collimation.h"
 #include "histogramSteps.h"
 #include "qvr/toolkit/QVR_DISP.h"
-#include "support/pictures.h"
 
 namespace qvr::tool {
 namespace {
