@@ -82,6 +82,7 @@ TEST(ZoomTest, TakesTheSizeFromStoredRatios) {
                          // 300 * 0.08f is 24 in single precision and 23.999999 in double.
                          {"singlePrecision", 0.08f, 0.08f, {24, 16}},
                          {"onlyOne", 0.5f, 0.0f, {}},
+                         {"infinite", kInf, 0.5f, {}},
                          {"notANumber", kNaN, 0.5f, {}},
                          {"lessThanAPixel", 0.003f, 0.5f, {}},
                          {"lowerThanAPixel", 0.5f, 0.004f, {}},

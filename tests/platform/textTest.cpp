@@ -2,8 +2,6 @@
 #include <gtest/gtest.h>
 
 #include <cstdint>
-#include <cstdlib>
-#include <fstream>
 #include <limits>
 #include <string>
 #include <vector>
@@ -161,23 +159,6 @@ TEST(Text, VeryLongTextsEnd) {
     EXPECT_NEAR(extentOf(std::string(1u << 20, 'H').c_str(), 2288, "Liberation Sans").cx, 1479.0 * (1 << 20),
                 2.0 * (1 << 15));
     EXPECT_EQ(extentOf(std::string(1u << 20, 'H').c_str(), 22880, "Liberation Sans").cx, kHigh);
-}
-
-// Exits with 0 when no text is measured or drawn.
-[[noreturn]] void drawWithFontsOf(const std::string& configuration) {
-    setenv("FONTCONFIG_FILE", configuration.c_str(), 1);
-    CRasterDC dc(50, 50);
-    const RECT rect{0, 0, 50, 50};
-    const bool measured = dc.GetTextExtent("L", -1) != CSize{} || dc.GetTextExtent("", 0) != CSize{};
-    std::exit(measured || dc.DrawText("L", -1, &rect, 0) != 0 ? 1 : 0);
-}
-
-TEST(TextDeathTest, WithoutFontsNothingIsMeasuredOrDrawn) {
-    GTEST_FLAG_SET(death_test_style,
-                   "threadsafe");  // a new process: the list of fonts is read once per process
-    const std::string configuration = testing::TempDir() + "no_fonts.conf";
-    std::ofstream(configuration) << "<?xml version=\"1.0\"?><fontconfig></fontconfig>";
-    EXPECT_EXIT(drawWithFontsOf(configuration), testing::ExitedWithCode(0), "");
 }
 
 }  // namespace

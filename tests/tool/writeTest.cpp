@@ -84,10 +84,8 @@ TEST(Orientation, FollowsTheTurns) {
 class DicomOutputTest : public testing::Test {
 protected:
     // A 12-bit picture of a patient with an umlaut, in Latin-1.
-    std::string source(const std::string& name = "in.dcm", std::function<void(DcmDataset&)> more = {},
-                       E_TransferSyntax transfer = EXS_LittleEndianExplicit) {
+    std::string source(const std::string& name = "in.dcm", std::function<void(DcmDataset&)> more = {}) {
         DicomSpec spec;
-        spec.transfer = transfer;
         spec.columns = 300;
         spec.rows = 200;
         spec.words = ramp(300, 200);
