@@ -20,7 +20,7 @@ protected:
     }
 };
 
-TEST_F(ResidencyTest, AnAcquisitionEvictsTheNewest) {
+TEST_F(ResidencyTest, AnAcquisitionEvictsTheNewestAndAnActivationTheOldest) {
     const List all = acquireSeries(4);
     EXPECT_EQ(m_exam.IsRAMFull(), 0);
     dcmSeries* const fifth = acquire(5);
@@ -30,14 +30,11 @@ TEST_F(ResidencyTest, AnAcquisitionEvictsTheNewest) {
     EXPECT_TRUE(writtenOut(fifth, 5));
     for (int n = 1; n <= 4; ++n) EXPECT_TRUE(resident(all[static_cast<std::size_t>(n)], n));
     EXPECT_TRUE(!m_exam.GetSeriesInRAM(-1) && !m_exam.GetSeriesInRAM(5));
-}
 
-TEST_F(ResidencyTest, AnActivationEvictsTheOldest) {
-    const List all = acquireSeries(6);  // the fifth is on disk
-    EXPECT_EQ(activate(all[5]), 1);
-    EXPECT_EQ(counted(), List({all[2], all[3], all[4], all[6], all[5]}));
+    EXPECT_EQ(activate(fifth), 1);
+    EXPECT_EQ(counted(), List({all[2], all[3], all[4], sixth, fifth}));
     EXPECT_TRUE(writtenOut(all[1], 1));
-    EXPECT_TRUE(resident(all[5], 5));
+    EXPECT_TRUE(resident(fifth, 5));
 }
 
 TEST_F(ResidencyTest, FailedWriteStopsAnActivationButNotAnAcquisition) {

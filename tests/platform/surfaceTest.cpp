@@ -163,10 +163,8 @@ TEST(Surface, CompatibleRastersSuitTheirSurface) {
         PlainDC dc;
         dc.bits = bits;
         const auto raster = dc.CreateCompatibleRaster(7, 5);
-        ASSERT_TRUE(raster) << bits;
+        ASSERT_TRUE(raster && raster->GetWidth() == 7 && raster->GetHeight() == 5) << bits;
         EXPECT_EQ(raster->GetBitsPerPixel(), expected);
-        EXPECT_EQ(raster->GetWidth(), 7);
-        EXPECT_EQ(raster->GetHeight(), 5);
         EXPECT_EQ(raster->GetPixel(6, 4), 0u);
     }
     PlainDC dc;
