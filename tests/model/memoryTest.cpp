@@ -66,6 +66,7 @@ TEST_F(MemoryTest, RecordsAreTakenWholeOrNotAtAll) {
     using Texts = std::vector<std::string>;
     using Study = QVR_ST_STUDY;
     using Series = QVR_ST_SERIES;
+    using Protocol = QVR_ST_PROTOCOL;
     dcmStudy s;
     expectWhole<Study>(
         {&Study::StudyInstanceUID, &Study::PatientFamilyName, &Study::OtherPatientGivenName},
@@ -81,6 +82,12 @@ TEST_F(MemoryTest, RecordsAreTakenWholeOrNotAtAll) {
         [&] {
             return Texts{x.GetModality(), x.GetPerformingPhysicianName(), x.GetOperatorName(),
                          x.GetPresentationIntentType()};
+        });
+    expectWhole<Protocol>(
+        {&Protocol::RelatedCodeValue, &Protocol::ThumbFilePath},
+        [&](const Protocol& record) { return x.CreateProtocol(&record); },
+        [&] {
+            return Texts{x.GetProtocol()->GetRelatedCodeValue(), x.GetProtocol()->GetThumbFilePath()};
         });
     dcmWorklist w;
     expectWhole<QVR_ST_WORKLIST>(
