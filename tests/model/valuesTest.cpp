@@ -157,9 +157,14 @@ TEST(Protocol, KeepsEveryValueOfItsRecord) {
                                  -12,  13,   14,   15,   16,   17,   18, 81.5, 20.5, 21.5, 22.5,
                                  23,   24,   25,   26,   27,   28,   29, -30,  31,   32,   33,
                                  34,   35,   36,   37,   38,   39,   40, 41,   "t42"};
-    EXPECT_EQ(listedProtocol(dcmProtocol(&record)),
-              "t1 t2 t3 t4 t5 t6 -7 t8 t9 -10 11 -12 13 14 15 16 17 18 81.5 20.5 21.5 22.5 23 24 25 26 27 28 "
-              "29 -30 31 32 33 34 35 36 37 38 39 40 41 t42 ");
+    const dcmProtocol protocol(&record), copy(protocol);
+    dcmProtocol assigned;
+    assigned = copy;
+    for (const dcmProtocol* each : {&protocol, &copy, &static_cast<const dcmProtocol&>(assigned)})
+        EXPECT_EQ(
+            listedProtocol(*each),
+            "t1 t2 t3 t4 t5 t6 -7 t8 t9 -10 11 -12 13 14 15 16 17 18 81.5 20.5 21.5 22.5 23 24 25 26 27 "
+            "28 29 -30 31 32 33 34 35 36 37 38 39 40 41 t42 ");
 }
 
 // A value goes where its name says: each setter changes one value, the one at its place in the list.
@@ -230,6 +235,16 @@ TEST(Equipment, KeepsEveryValueOfItsRecord) {
                      e.GetStationName(), e.GetManufacturerModelName(), e.GetDeviceSerialNumber(),
                      e.GetSoftwareVersion(), e.GetDeviceNumber(), e.GetSerialNumber()),
               "t1 t2 t3 t4 t5 t6 t7 -8 9 ");
+}
+
+TEST(AgeString, CopiesStandAlone) {
+    dcmAgeString source(COleDateTime::GetCurrentTime() - COleDateTimeSpan(800));
+    const dcmAgeString copy(source);
+    dcmAgeString assigned;
+    assigned = source;
+    source.SetPatientBirthDate(COleDateTime::GetCurrentTime());
+    EXPECT_STREQ(copy.GetAgeString(), "002Y");
+    EXPECT_STREQ(assigned.GetAgeString(), "002Y");
 }
 
 }  // namespace
