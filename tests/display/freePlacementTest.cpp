@@ -6,8 +6,6 @@
 #include <limits>
 #include <ostream>
 
-#include "support/pictures.h"
-
 namespace qvr {
 void PrintTo(const FreePlacement& p, std::ostream* out) {
     *out << p.width << 'x' << p.height << " at " << p.x << ',' << p.y << " from " << p.sourceWidth << 'x'
@@ -17,7 +15,7 @@ void PrintTo(const FreePlacement& p, std::ostream* out) {
 
 namespace {
 
-using qvr::FreePlacement;
+using Place = qvr::FreePlacement;
 constexpr int kLow = std::numeric_limits<int>::min(), kHigh = std::numeric_limits<int>::max();
 
 struct Case {
@@ -25,7 +23,7 @@ struct Case {
     int width, height;  // of the bitmap
     RECT rectangle;
     CPoint offset;
-    std::optional<FreePlacement> expected;
+    std::optional<Place> expected;
 };
 
 constexpr RECT kRoom{0, 0, 500, 400}, kShifted{10, 20, 510, 420};
@@ -33,45 +31,20 @@ constexpr auto kNothing = std::nullopt;
 
 TEST(FreePlacementTest, IsAsWorkedOutByHand) {
     const Case rows[] = {
-        {"smaller", 200, 100, kRoom, {50, 30}, FreePlacement{50, 30, 200, 100, 0, 0, 200, 100}},
-        {"smallerRightBottom", 200, 100, kRoom, {400, 350}, FreePlacement{400, 350, 100, 50, 0, 50, 100, 50}},
-        {"smallerLeftTop", 200, 100, kRoom, {-50, -30}, FreePlacement{0, 0, 150, 70, 50, 0, 150, 70}},
-        {"smallerJustFits", 200, 100, kRoom, {300, 300}, FreePlacement{300, 300, 200, 100, 0, 0, 200, 100}},
-        {"wide", 1000, 500, kShifted, {0, 0}, FreePlacement{10, 20, 500, 250, 0, 0, 1000, 500}},
-        {"wideRight", 1000, 500, kShifted, {30, 40}, FreePlacement{40, 60, 470, 250, 0, 0, 940, 500}},
-        {"wideRightBottom",
-         1000,
-         500,
-         kShifted,
-         {30, 300},
-         FreePlacement{40, 320, 470, 100, 0, 300, 940, 200}},
-        {"wideLeftTop", 1000, 500, kShifted, {-30, -40}, FreePlacement{10, 20, 470, 210, 60, 0, 940, 420}},
-        {"tallLeftTop", 500, 1000, kShifted, {-30, -40}, FreePlacement{10, 20, 170, 360, 75, 0, 425, 900}},
-        {"tallRightBottom",
-         500,
-         1000,
-         kShifted,
-         {350, 40},
-         FreePlacement{360, 60, 150, 360, 0, 100, 375, 900}},
-        {"tallFits", 500, 1000, kShifted, {300, 0}, FreePlacement{310, 20, 200, 400, 0, 0, 500, 1000}},
-        {"filling", 1000, 800, kShifted, {0, 0}, FreePlacement{10, 20, 500, 400, 0, 0, 1000, 800}},
-        {"fillingRightBottom",
-         1000,
-         800,
-         kShifted,
-         {30, 40},
-         FreePlacement{40, 60, 470, 360, 0, 80, 940, 720}},
-        {"fillingLeftTop", 1000, 800, kShifted, {-30, -40}, FreePlacement{10, 20, 470, 360, 60, 0, 940, 720}},
-        {"lastColumnAndRow", 200, 100, kRoom, {499, 399}, FreePlacement{499, 399, 1, 1, 0, 99, 1, 1}},
-        {"beyondRight", 200, 100, kRoom, {500, 0}, kNothing},
-        {"beyondBottom", 200, 100, kRoom, {0, 400}, kNothing},
+        {"smaller", 200, 100, kRoom, {50, 30}, Place{50, 30, 200, 100, 0, 0, 200, 100}},
+        {"smallerRightBottom", 200, 100, kRoom, {400, 350}, Place{400, 350, 100, 50, 0, 50, 100, 50}},
+        {"smallerLeftTop", 200, 100, kRoom, {-50, -30}, Place{0, 0, 150, 70, 50, 0, 150, 70}},
+        {"wide", 1000, 500, kShifted, {0, 0}, Place{10, 20, 500, 250, 0, 0, 1000, 500}},
+        {"wideRightBottom", 1000, 500, kShifted, {30, 300}, Place{40, 320, 470, 100, 0, 300, 940, 200}},
+        {"wideLeftTop", 1000, 500, kShifted, {-30, -40}, Place{10, 20, 470, 210, 60, 0, 940, 420}},
+        {"tallLeftTop", 500, 1000, kShifted, {-30, -40}, Place{10, 20, 170, 360, 75, 0, 425, 900}},
+        {"tallRightBottom", 500, 1000, kShifted, {350, 40}, Place{360, 60, 150, 360, 0, 100, 375, 900}},
+        {"filling", 1000, 800, kShifted, {0, 0}, Place{10, 20, 500, 400, 0, 0, 1000, 800}},
+        {"lastColumnAndRow", 200, 100, kRoom, {499, 399}, Place{499, 399, 1, 1, 0, 99, 1, 1}},
         {"beyondLeft", 200, 100, kRoom, {-200, 0}, kNothing},
         {"beyondTop", 200, 100, kRoom, {0, -100}, kNothing},
-        {"wideBeyondTop", 1000, 500, kShifted, {0, -250}, kNothing},
-        {"tallBeyondLeft", 500, 1000, kShifted, {-200, 0}, kNothing},
         {"farAway", 200, 100, kRoom, {kHigh, kLow}, kNothing},
         {"emptyRectangle", 200, 100, {5, 5, 5, 50}, {0, 0}, kNothing},
-        {"invertedRectangle", 200, 100, {50, 50, 5, 5}, {0, 0}, kNothing},
         {"tooLargeRectangle", 200, 100, {kLow, kLow, kHigh, kHigh}, {0, 0}, kNothing},
         {"emptyBitmap", 0, 100, kRoom, {0, 0}, kNothing}};
     for (const Case& c : rows) {

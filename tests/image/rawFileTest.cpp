@@ -10,8 +10,6 @@
 #include <utility>
 
 #include "qvr/image/QVR_COMP.h"
-#include "support/fileSizeLimit.h"
-#include "support/pictures.h"
 #include "support/temporaryFolder.h"
 
 namespace {
@@ -85,20 +83,6 @@ TEST(RawFile, BadArgumentsLeaveAnExistingFileAsItIs) {
     EXPECT_EQ(QVR_COMP_ReadRAWFile(nullptr, 4, 4, pixels.data()), 0);
     EXPECT_EQ(contentOf(path), std::string(64, 'x'));
     EXPECT_EQ(pixels, std::vector<std::uint16_t>(32, 9));
-}
-
-TEST(RawFile, FullDiskFailsAndLeavesTheShortFile) {
-    const TemporaryFolder folder;
-    const std::string path = folder / "a.raw";
-    const auto pixels = ramp(40, 30);
-    {
-        const FileSizeLimit limit(1000);
-        EXPECT_EQ(QVR_COMP_WriteRAWFile(path.c_str(), 40, 30, pixels.data()), 0);
-    }
-    EXPECT_EQ(std::filesystem::file_size(path), 1000u);
-    std::vector<std::uint16_t> read(pixels.size());
-    EXPECT_EQ(QVR_COMP_ReadRAWFile(path.c_str(), 40, 30, read.data()), 0);
-    EXPECT_EQ(QVR_COMP_WriteRAWFile("/dev/full", 40, 30, pixels.data()), 0);
 }
 
 TEST(RawFile, WhatIsNoFileNeitherHangsNorLeaks) {

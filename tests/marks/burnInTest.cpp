@@ -182,7 +182,7 @@ TEST(BurnIn, WriteMarkBurnsAllItCan) {
     EXPECT_EQ(pixels, second);
 }
 
-// Exits with 0 when no mark is added or burned, and nothing is changed.
+// Exits with 0 when no text is measured or drawn, no mark is added or burned, and nothing is changed.
 [[noreturn]] void burnWithFontsOf(const std::string& configuration) {
     setenv("FONTCONFIG_FILE", configuration.c_str(), 1);
     constexpr RECT rect{0, 0, 400, 200};
@@ -191,8 +191,10 @@ TEST(BurnIn, WriteMarkBurnsAllItCan) {
     CRasterDC surface(400, 200);
     const CMark mark = markAt("L", {0, 0});
     Pixels pixels(800 * 400, 7);
-    const bool done = image.AddMark("L", &rect, &surface) != 0 || image.AddMark("", &rect, &surface) != 0 ||
-                      image.GetMarkCount() != 0 ||
+    const bool drawn = surface.GetTextExtent("L", -1) != CSize{} || surface.GetTextExtent("", 0) != CSize{} ||
+                       surface.DrawText("L", -1, &rect, 0) != 0;
+    const bool done = drawn || image.AddMark("L", &rect, &surface) != 0 ||
+                      image.AddMark("", &rect, &surface) != 0 || image.GetMarkCount() != 0 ||
                       qvr::BurnInMark(800, 400, pixels.data(), 14, &mark, 0.5f, &surface) != 0;
     std::exit(done || pixels != Pixels(800 * 400, 7) ? 1 : 0);
 }

@@ -1,9 +1,7 @@
 // Exam: positions, and which images are in memory. No acquired pixel may be lost, whatever fails.
-#include <functional>
 
 #include "examination.h"
 #include "listed.h"
-#include "support/fileSizeLimit.h"
 
 namespace {
 
@@ -22,7 +20,7 @@ protected:
     }
 };
 
-TEST_F(ResidencyTest, AnAcquisitionEvictsTheNewest) {
+TEST_F(ResidencyTest, AnAcquisitionEvictsTheNewestAndAnActivationTheOldest) {
     const List all = acquireSeries(4);
     EXPECT_EQ(m_exam.IsRAMFull(), 0);
     dcmSeries* const fifth = acquire(5);
@@ -32,14 +30,11 @@ TEST_F(ResidencyTest, AnAcquisitionEvictsTheNewest) {
     EXPECT_TRUE(writtenOut(fifth, 5));
     for (int n = 1; n <= 4; ++n) EXPECT_TRUE(resident(all[static_cast<std::size_t>(n)], n));
     EXPECT_TRUE(!m_exam.GetSeriesInRAM(-1) && !m_exam.GetSeriesInRAM(5));
-}
 
-TEST_F(ResidencyTest, AnActivationEvictsTheOldest) {
-    const List all = acquireSeries(6);  // the fifth is on disk
-    EXPECT_EQ(activate(all[5]), 1);
-    EXPECT_EQ(counted(), List({all[2], all[3], all[4], all[6], all[5]}));
+    EXPECT_EQ(activate(fifth), 1);
+    EXPECT_EQ(counted(), List({all[2], all[3], all[4], sixth, fifth}));
     EXPECT_TRUE(writtenOut(all[1], 1));
-    EXPECT_TRUE(resident(all[5], 5));
+    EXPECT_TRUE(resident(fifth, 5));
 }
 
 TEST_F(ResidencyTest, FailedWriteStopsAnActivationButNotAnAcquisition) {
@@ -59,17 +54,7 @@ TEST_F(ResidencyTest, FailedWriteStopsAnActivationButNotAnAcquisition) {
     EXPECT_TRUE(resident(all[6], 6));
 }
 
-TEST_F(ResidencyTest, ActivationOfWhatNeedsNoneLeavesTheList) {
-    const List all = acquireSeries(5);
-    const List before = counted();
-    EXPECT_EQ(activate(plan()), 1);
-    EXPECT_EQ(activate(all[3]), 1);
-    EXPECT_EQ(m_exam.ActivateImage(0, 6, &kScreen, &m_surface), 0);
-    EXPECT_EQ(m_exam.ActivateImage(1, 0, &kScreen, &m_surface), 0);
-    EXPECT_EQ(counted(), before);
-}
-
-TEST_F(ResidencyTest, WhatCannotSucceedEvictsNothing) {
+TEST_F(ResidencyTest, WhatCannotSucceedOrNeedsNoRoomEvictsNothing) {
     const List all = acquireSeries(6);
     const List before = counted();
     const QVR_ST_IMAGE record = imageRecord(7);
@@ -88,6 +73,10 @@ TEST_F(ResidencyTest, WhatCannotSucceedEvictsNothing) {
     EXPECT_EQ(listed(m_exam.ReadSeriesInRAM(nullptr, &kScreen, &m_surface), m_exam.WriteSeriesToHDD(nullptr)),
               "0 0 ");
     EXPECT_EQ(m_study->GetSeries(planned)->IsImageExist(), 0);
+    EXPECT_EQ(m_exam.ActivateImage(0, planned + 1, &kScreen, &m_surface), 0);
+    EXPECT_EQ(m_exam.ActivateImage(1, 0, &kScreen, &m_surface), 0);
+    EXPECT_EQ(activate(m_study->GetSeries(planned)), 1);
+    EXPECT_EQ(activate(all[3]), 1);
     EXPECT_EQ(counted(), before);
 }
 

@@ -112,15 +112,14 @@ TEST_F(ImageEntityTest, WindowIsTheRawImages) {
 // --- thumbnail and preview ----------------------------------------------------------------------------------------
 
 // A bitmap whose bytes all differ from their neighbours, those of the padding too.
-std::unique_ptr<CDib> display(int width, int height, int uniform = -1) {
+std::unique_ptr<CDib> display(int width, int height) {
     auto bitmap = std::make_unique<CDib>(width, height, 8);
     bitmap->ComputeMetrics();
     EXPECT_TRUE(bitmap->CreateSection(nullptr));
     unsigned state = 1;
     for (std::uint32_t i = 0; i < bitmap->ImageSize; ++i) {
         state = state * 1664525 + 1013904223;
-        bitmap->Bits[i] =
-            static_cast<std::uint8_t>(uniform >= 0 ? static_cast<unsigned>(uniform) : state >> 24);
+        bitmap->Bits[i] = static_cast<std::uint8_t>(state >> 24);
     }
     return bitmap;
 }
@@ -155,10 +154,6 @@ TEST(ReductionTest, EqualsTheReference) {
             EXPECT_TRUE(same(reference::thumbnail(*source), thumb.get()));
         }
         EXPECT_TRUE(same(reference::preview(*source), preview.get()));
-        const auto flat = display(row.width, row.height, 200);
-        for (const auto& bitmap :
-             {qvr::makeThumbnail(flat.get(), nullptr), qvr::makePreview(flat.get(), nullptr)})
-            for (const int byte : reference::pictureOf(bitmap.get()).bytes) ASSERT_EQ(byte, 200);
     }
 }
 

@@ -4,7 +4,6 @@
 #include "examination.h"
 #include "listed.h"
 #include "reducedPictures.h"
-#include "support/fileSizeLimit.h"
 
 namespace {
 
@@ -193,48 +192,32 @@ TEST_F(SeriesTest, RejectionNeedsAThumbnailAndDeletesBothFiles) {
     EXPECT_EQ(series->CreateImage(&record, m_folder.path().c_str(), &kScreen, &m_surface), 1);  // a repeat
 }
 
-TEST_F(SeriesTest, RejectionDeletesNoFolder) {
-    ASSERT_EQ(create(imageRecord(1)), 1);
-    block(1);
-    EXPECT_EQ(m_series->RejectImage(), 1);
-    EXPECT_TRUE(fs::is_directory(imageFile(1)));
-}
-
-// What a protocol's file gives as thumbnail: its bitmap, an empty bitmap, or none.
-struct ThumbFile {
-    const char* name;
-    std::function<std::string(const TemporaryFolder&, const std::string& bitmap)> path;
-    bool any;
-    int width;
-};
-class ThumbFileTest : public SeriesTest, public testing::WithParamInterface<ThumbFile> {
-protected:
-    void expectProtocolThumb() const {
-        EXPECT_EQ(m_series->GetThumb() != nullptr, GetParam().any);
-        EXPECT_EQ(reference::pictureOf(m_series->GetThumb()).width, GetParam().width);
+// A protocol's file gives its bitmap, an empty bitmap, or none.
+TEST_F(SeriesTest, AProtocolsPictureIsShownWhileThereIsNoImage) {
+    const struct {
+        std::string path;
+        bool any;
+        int width;
+    } files[] = {
+        {bitmapFile(), true, 5}, {"", false, 0}, {m_folder.file("a.bmp", "BM, but no bitmap"), true, 0}};
+    for (const auto& file : files) {
+        SCOPED_TRACE(file.path);
+        const auto expectProtocolThumb = [&] {
+            EXPECT_EQ(m_series->GetThumb() != nullptr, file.any);
+            EXPECT_EQ(reference::pictureOf(m_series->GetThumb()).width, file.width);
+        };
+        ASSERT_EQ(protocol(bitmapFile()), 1);
+        EXPECT_EQ(protocol(file.path), 1);
+        EXPECT_EQ(file.path, m_series->GetProtocol()->GetThumbFilePath());
+        expectProtocolThumb();
+        ASSERT_EQ(create(imageRecord(1)), 1);
+        const CDib* const thumb = m_series->GetThumb();
+        EXPECT_EQ(protocol(file.path), 1);
+        EXPECT_EQ(m_series->GetThumb(), thumb);
+        EXPECT_EQ(m_series->RejectImage(), 1);
+        expectProtocolThumb();
     }
-};
-
-TEST_P(ThumbFileTest, IsShownWhileThereIsNoImage) {
-    ASSERT_EQ(protocol(bitmapFile()), 1);
-    const std::string path = GetParam().path(m_folder, bitmapFile());
-    EXPECT_EQ(protocol(path), 1);
-    EXPECT_EQ(path, m_series->GetProtocol()->GetThumbFilePath());
-    expectProtocolThumb();
-    ASSERT_EQ(create(imageRecord(1)), 1);
-    const CDib* const thumb = m_series->GetThumb();
-    EXPECT_EQ(protocol(path), 1);
-    EXPECT_EQ(m_series->GetThumb(), thumb);
-    EXPECT_EQ(m_series->RejectImage(), 1);
-    expectProtocolThumb();
 }
-INSTANTIATE_TEST_SUITE_P(
-    Files, ThumbFileTest,
-    testing::Values(ThumbFile{"bitmap", [](auto&, auto& bitmap) { return bitmap; }, true, 5},
-                    ThumbFile{"noPath", [](auto&, auto&) { return ""; }, false, 0},
-                    ThumbFile{"garbage", [](auto& f, auto&) { return f.file("a.bmp", "BM, but no bitmap"); },
-                              true, 0}),
-    nameOf);
 
 TEST_F(SeriesTest, DrawingSurvivesASurfaceThatThrowsRebuildsOrRejectsTheImage) {
     const std::function<void(dcmSeries&)> operations[] = {

@@ -118,15 +118,6 @@ INSTANTIATE_TEST_SUITE_P(
 
 class SeriesUpdateTest : public ExaminationTest {};
 
-TEST_F(SeriesUpdateTest, PixelsWithoutAWindowGetTheAutomaticOne) {
-    dcmSeries* const series = acquire(1);
-    EXPECT_EQ(series->UpdateImage(20, 10, kNew.data(), 14, 13, 0, 0, &kScreen, &m_surface), 1);
-    EXPECT_EQ(series->GetDcmImage()->GetWindowWidth(), raw(series)->GetWindowWidth());
-    EXPECT_NE(series->GetDcmImage()->GetWindowWidth(), 0);
-    EXPECT_EQ(series->IsChanged(), 1);
-    EXPECT_TRUE(samePicture(kNew, raw(series)->GetPixelData(), 20, 10));
-}
-
 struct Zoom {
     const char* name;
     float x, y;

@@ -1,6 +1,4 @@
 // Study: a request reaches the series at its position, and no other.
-#include <functional>
-
 #include "examination.h"
 #include "listed.h"
 
@@ -53,86 +51,51 @@ TEST(Study, MakesSeriesOfItsModality) {
     EXPECT_TRUE(!study.GetSeries(-1) && !study.GetSeries(2));
 }
 
-using Study = dcmStudy;
-struct Request {
-    const char* name;
-    std::function<bool(Study&, int, CDC*)> call;
-    // Of the series it went to: image, in memory, protocol, width, window, y offset, x ratio.
-    const char* after;
-};
-
-constexpr RECT kSquare{0, 0, 37, 37};
-const std::vector<std::uint16_t> kPixels = ramp(20, 10);
-const QVR_ST_PROTOCOL kProtocol{};
-const char* const kUntouched = "1 1 0 37 4000 0 2.16216 ";
-
-class RequestTest : public ExaminationTest, public testing::WithParamInterface<Request> {
-protected:
-    static std::string state(const dcmSeries& s) {
-        const rawImage* const image = raw(&s);
-        if (!image) return listed(s.IsImageExist(), 0, s.IsProtocolExist());
-        return listed(1, s.IsImageInRAM(), s.IsProtocolExist(), image->GetWidth(), image->GetWindowWidth(),
-                      image->GetYOffset(), image->GetXRatio());
-    }
-};
-
-TEST_P(RequestTest, GoesToTheSeriesAtItsPosition) {
-    const dcmSeries* const series[] = {acquire(1), acquire(2), acquire(3)};
-    for (const int missing : {-1, 3, 2147483647}) {
-        m_surface.drawn.clear();
-        EXPECT_FALSE(GetParam().call(*m_study, missing, &m_surface));
-        for (const dcmSeries* s : series) EXPECT_EQ(state(*s), kUntouched);
-        EXPECT_EQ(m_surface.drawn, std::vector<std::string>{});
-    }
-    EXPECT_TRUE(GetParam().call(*m_study, 1, &m_surface));
-    EXPECT_EQ(state(*series[0]), kUntouched);
-    EXPECT_EQ(state(*series[1]), GetParam().after);
-    EXPECT_EQ(state(*series[2]), kUntouched);
-    EXPECT_EQ(counted(),
-              std::vector<dcmSeries*>({m_study->GetSeries(0), m_study->GetSeries(1), m_study->GetSeries(2)}));
-}
-INSTANTIATE_TEST_SUITE_P(
-    Kinds, RequestTest,
-    testing::Values(
-        Request{
-            "protocol",
-            [](Study& s, int i, CDC*) -> bool { return s.CreateProtocol(i, &kProtocol) && s.GetProtocol(i); },
-            "1 1 1 37 4000 0 2.16216 "},
-        Request{"pixels",
-                [](Study& s, int i, CDC* dc) -> bool {
-                    return s.UpdateImage(i, 20, 10, kPixels.data(), 14, 13, 1, 2, &kSquare, dc);
-                },
-                "1 1 0 20 1 0 1.85 "},
-        Request{"display", [](Study& s, int i, CDC* dc) -> bool { return s.UpdateImage(i, &kSquare, dc, 1); },
-                "1 1 0 37 4000 0 1 "},
-        Request{"window", [](Study& s, int i, CDC* dc) -> bool { return s.UpdateImage(i, 500, 600, dc); },
-                "1 1 0 37 500 0 2.16216 "},
-        Request{"zoom",
-                [](Study& s, int i, CDC* dc) -> bool { return s.UpdateImage(i, 3.0f, 3.0f, &kSquare, dc); },
-                "1 1 0 37 4000 5 3 "},
-        Request{"pan", [](Study& s, int i, CDC* dc) -> bool { return s.UpdateImage(i, 1, 2, &kSquare, dc); },
-                "1 1 0 37 4000 2 2.16216 "},
-        Request{"reconvert", [](Study& s, int i, CDC* dc) -> bool { return s.UpdateImage(i, dc); },
-                kUntouched},
-        Request{"reject", [](Study& s, int i, CDC*) -> bool { return s.RejectImage(i); }, "0 0 0 "},
-        Request{"write", [](Study& s, int i, CDC*) -> bool { return s.WriteImageToHDD(i); },
-                "1 0 0 37 4000 0 2.16216 "},
-        Request{"read",
-                [](Study& s, int i, CDC* dc) -> bool {
-                    return s.WriteImageToHDD(i) && s.ReadImageInRAM(i, &kSquare, dc);
-                },
-                "1 1 0 37 4000 0 1 "},
-        Request{"undo",
-                [](Study& s, int i, CDC* dc) -> bool {
-                    return s.SaveUndoData(i) && s.ReadUndoData(i, &kSquare, dc);
-                },
-                "1 1 0 37 4000 0 1 "},
-        Request{"exists", [](Study& s, int i, CDC*) -> bool { return s.IsImageExistInSeries(i); },
-                kUntouched},
-        Request{"bitmap", [](Study& s, int i, CDC*) -> bool { return s.GetDIB(i); }, kUntouched}),
-    nameOf);
-
 class StudyTest : public ExaminationTest {};
+
+// Each request answers 1; later ones change what earlier ones have set only where they must.
+TEST_F(StudyTest, RequestsGoToTheSeriesAtTheirPosition) {
+    constexpr RECT square{0, 0, 37, 37};
+    const auto pixels = ramp(20, 10);
+    const QVR_ST_PROTOCOL protocol{};
+    const auto state = [](const dcmSeries* series) {
+        const rawImage& image = *raw(series);
+        return listed(series->IsImageInRAM(), series->IsProtocolExist(), image.GetWidth(),
+                      image.GetWindowWidth(), image.GetWindowCenter(), image.GetXOffset(), image.GetYOffset(),
+                      image.GetXRatio());
+    };
+    dcmStudy& s = *m_study;
+    CDC* const dc = &m_surface;
+    const auto changes = [&](int i) {
+        return std::vector<int>{s.CreateProtocol(i, &protocol),
+                                s.UpdateImage(i, 20, 10, pixels.data(), 14, 13, 1, 2, &square, dc),
+                                s.UpdateImage(i, &square, dc, 1),
+                                s.UpdateImage(i, 500, 600, dc),
+                                s.UpdateImage(i, 3.0f, 3.0f, &square, dc),
+                                s.UpdateImage(i, 1, 2, &square, dc),
+                                s.UpdateImage(i, dc),
+                                s.GetProtocol(i) != nullptr,
+                                s.GetDIB(i) != nullptr};
+    };
+    const auto leaves = [&](int i) {
+        return std::vector<int>{s.SaveUndoData(i),         s.ReadUndoData(i, &square, dc),
+                                s.WriteImageToHDD(i),      s.ReadImageInRAM(i, &square, dc),
+                                s.IsImageExistInSeries(i), s.RejectImage(i)};
+    };
+    const dcmSeries* const series[] = {acquire(1), acquire(2), acquire(3)};
+    const std::string before = state(series[0]);
+    m_surface.drawn.clear();
+    for (const int missing : {-1, 3, 2147483647}) {
+        EXPECT_EQ(changes(missing), std::vector<int>(9, 0));
+        EXPECT_EQ(leaves(missing), std::vector<int>(6, 0));
+    }
+    EXPECT_EQ(m_surface.drawn, std::vector<std::string>{});
+    EXPECT_EQ(changes(1), std::vector<int>(9, 1));
+    EXPECT_EQ(state(series[1]), "1 1 20 500 600 1 2 3 ");
+    EXPECT_EQ(leaves(1), std::vector<int>(6, 1));
+    EXPECT_FALSE(series[1]->IsImageExist());
+    for (const int other : {0, 2}) EXPECT_EQ(state(series[other]), before);
+}
 
 TEST_F(StudyTest, CreatesImagesAndDrawsBlackWhereThereIsNoSeries) {
     plan();

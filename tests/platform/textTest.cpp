@@ -1,14 +1,9 @@
 // Text on surfaces: sizes, placement, coverage, and what must not hang or crash.
 #include <gtest/gtest.h>
 
-#include <cmath>
 #include <cstdint>
-#include <cstdlib>
-#include <fstream>
 #include <limits>
-#include <random>
 #include <string>
-#include <thread>
 #include <vector>
 
 #include "platform/textTools.h"
@@ -113,33 +108,6 @@ TEST(Text, SmoothedTextReachesItsColourAndBlends) {
     EXPECT_GT(edges, 50);
 }
 
-TEST(Text, CompatibleRastersHoldTwoValuesOnly) {
-    for (const int bits : {8, 16, 24, 32}) {
-        CRasterDC screen(1, 1, bits);
-        const auto raster = screen.CreateCompatibleRaster(200, 100);
-        ASSERT_TRUE(raster);
-        CFont font(80, 400, "Arial", 1);
-        raster->SelectObject(&font);
-        raster->SetTextColor(0xFFFFFF);
-        const RECT all{0, 0, 200, 100};
-        ASSERT_EQ(raster->DrawText("Rg左", -1, &all, 0x10025), 80);
-        const int bytes = raster->GetBitsPerPixel() / 8;
-        int white = 0;
-        for (int y = 0; y < 100; ++y) {
-            const auto* row = static_cast<const std::uint8_t*>(raster->GetRow(y));
-            for (int x = 0; x < 200; ++x, row += bytes) {
-                const std::vector<std::uint8_t> pixel(row, row + bytes);
-                std::vector<std::uint8_t> full(static_cast<std::size_t>(bytes), 0xFF);
-                if (bytes == 4) full[3] = 0;
-                const bool isWhite = pixel == full;
-                ASSERT_TRUE(isWhite || pixel == std::vector<std::uint8_t>(pixel.size(), 0)) << x << ", " << y;
-                white += isWhite;
-            }
-        }
-        EXPECT_GT(white, 500);
-    }
-}
-
 TEST(Text, OneBitTextKeepsItsWeight) {
     for (const int height : {24, 30, 40, 50, 160, 400}) {
         const CSize extent = extentOf("Left 12", height);
@@ -191,23 +159,6 @@ TEST(Text, VeryLongTextsEnd) {
     EXPECT_NEAR(extentOf(std::string(1u << 20, 'H').c_str(), 2288, "Liberation Sans").cx, 1479.0 * (1 << 20),
                 2.0 * (1 << 15));
     EXPECT_EQ(extentOf(std::string(1u << 20, 'H').c_str(), 22880, "Liberation Sans").cx, kHigh);
-}
-
-// Exits with 0 when no text is measured or drawn.
-[[noreturn]] void drawWithFontsOf(const std::string& configuration) {
-    setenv("FONTCONFIG_FILE", configuration.c_str(), 1);
-    CRasterDC dc(50, 50);
-    const RECT rect{0, 0, 50, 50};
-    const bool measured = dc.GetTextExtent("L", -1) != CSize{} || dc.GetTextExtent("", 0) != CSize{};
-    std::exit(measured || dc.DrawText("L", -1, &rect, 0) != 0 ? 1 : 0);
-}
-
-TEST(TextDeathTest, WithoutFontsNothingIsMeasuredOrDrawn) {
-    GTEST_FLAG_SET(death_test_style,
-                   "threadsafe");  // a new process: the list of fonts is read once per process
-    const std::string configuration = testing::TempDir() + "no_fonts.conf";
-    std::ofstream(configuration) << "<?xml version=\"1.0\"?><fontconfig></fontconfig>";
-    EXPECT_EXIT(drawWithFontsOf(configuration), testing::ExitedWithCode(0), "");
 }
 
 }  // namespace

@@ -3,8 +3,6 @@
 
 #include <gtest/gtest.h>
 
-#include "support/pictures.h"
-
 namespace qvr::tool {
 namespace {
 
@@ -70,19 +68,6 @@ TEST(StoredWindowTest, FollowsThePixels) {
 TEST(StoredWindow, ThatIsNoNumberIsNone) {
     EXPECT_FALSE(Adoption(stored(12)).window({1e300, 10}, 1, 0));
     EXPECT_FALSE(Adoption(stored(12)).window({10, std::numeric_limits<double>::quiet_NaN()}, 1, 0));
-}
-
-TEST(Adopt, TurnsTheRowsOfAFileButNotOfARawFile) {
-    SourceImage source;
-    source.columns = 3;
-    source.rows = 2;
-    source.words = {1, 2, 3, 4, 5, 6};
-    const Adoption adoption(source.format);
-    EXPECT_EQ(adopt(source, adoption).pixels, (std::vector<std::uint16_t>{4, 5, 6, 1, 2, 3}));
-    source.bottomRowFirst = true;
-    EXPECT_EQ(adopt(source, adoption).pixels, source.words);
-    EXPECT_EQ(adopt(source, adoption).lowest, 1);
-    EXPECT_EQ(adopt(source, adoption).highest, 6);
 }
 
 }  // namespace

@@ -1,14 +1,11 @@
 // What qvr cache check finds, what --repair brings back, and what is left of a program that is killed.
 #include <gtest/gtest.h>
-#include <signal.h>
 
-#include <algorithm>
+#include <chrono>
 #include <filesystem>
 #include <nlohmann/json.hpp>
-#include <set>
 
 #include "examMaker.h"
-#include "support/pictures.h"
 #include "toolRun.h"
 
 namespace {
@@ -41,10 +38,8 @@ public:
     std::string image(int number) const { return path() + "/Cache/I." + uidOf(number) + ".raw"; }
     std::string work(int number) const { return path() + "/Cache/W." + uidOf(number) + ".raw"; }
     const std::string& whole() const { return m_whole; }
-    ToolResult check(const std::vector<std::string>& more = {}, const ToolSetting& setting = {}) const {
-        std::vector<std::string> arguments = {"cache", "check", path(), "--progress", "never"};
-        arguments.insert(arguments.end(), more.begin(), more.end());
-        return runTool(arguments, setting);
+    ToolResult check(const Arguments& more = {}, const ToolSetting& setting = {}) const {
+        return runTool(joined({"cache", "check", path(), "--progress", "never"}, more), setting);
     }
 
 private:
@@ -66,11 +61,14 @@ Json& imageOf(Json& exam, int number) {
     return exam["studies"][0]["series"][static_cast<std::size_t>(number - 1)]["image"];
 }
 
+enum class Change { none, removed, shortened, lengthened, altered, folder };
+
 struct Damage {
     const char* name;
-    std::function<void(const Exam&)> done;
-    std::string image, raw;  // states of image 2 as found
-    bool mended;             // by --repair
+    Change image, raw;                 // of image 2
+    std::string imageFound, rawFound;  // its states
+    bool mended;                       // by --repair
+    bool listed = true;                // the image file stands in the exam file
 };
 
 std::string otherPixels(const Exam& exam) {
@@ -79,67 +77,50 @@ std::string otherPixels(const Exam& exam) {
     return content;
 }
 
+void apply(Change change, const std::string& path, const Exam& exam) {
+    if (change == Change::removed || change == Change::folder) fs::remove(path);
+    if (change == Change::folder) fs::create_directory(path);
+    if (change == Change::shortened) fs::resize_file(path, 12287);
+    if (change == Change::lengthened) fs::resize_file(path, 12289);
+    if (change == Change::altered) write(path, otherPixels(exam));
+}
+
 TEST(DamageTest, IsNamedAndMendedWhereThatIsSafe) {
+    using enum Change;
     const Damage rows[] = {
-        {"none", [](const Exam&) {}, "whole", "whole", true},
-        {"imageMissing", [](const Exam& exam) { fs::remove(exam.image(2)); }, "missing", "whole", true},
-        {"imageShort", [](const Exam& exam) { fs::resize_file(exam.image(2), 12287); }, "short", "whole",
-         true},
-        {"imageLong", [](const Exam& exam) { fs::resize_file(exam.image(2), 12289); }, "long", "whole",
-         false},
-        {"imageDiffers", [](const Exam& exam) { write(exam.image(2), otherPixels(exam)); }, "differs",
-         "whole", false},
-        {"rawMissing", [](const Exam& exam) { fs::remove(exam.raw(2)); }, "whole", "missing", true},
-        {"rawShort", [](const Exam& exam) { fs::resize_file(exam.raw(2), 2); }, "whole", "short", true},
-        {"rawDiffers", [](const Exam& exam) { write(exam.raw(2), otherPixels(exam)); }, "whole", "differs",
-         false},
-        {"bothMissing",
-         [](const Exam& exam) {
-             fs::remove(exam.raw(2));
-             fs::remove(exam.image(2));
-         },
-         "missing", "missing", false},
-        {"imageShortRawDiffers",
-         [](const Exam& exam) {
-             write(exam.raw(2), otherPixels(exam));
-             fs::resize_file(exam.image(2), 5);
-         },
-         "short", "differs", false},
-        {"aFolder",
-         [](const Exam& exam) {
-             fs::remove(exam.image(2));
-             fs::create_directory(exam.image(2));
-         },
-         "unusable", "whole", false},
+        {"nothing", none, none, "whole", "whole", true},
+        {"imageMissing", removed, none, "missing", "whole", true},
+        {"imageShort", shortened, none, "short", "whole", true},
+        {"imageLong", lengthened, none, "long", "whole", false},
+        {"imageDiffers", altered, none, "differs", "whole", false},
+        {"rawMissing", none, removed, "whole", "missing", true},
+        {"rawShort", none, shortened, "whole", "short", true},
+        {"rawDiffers", none, altered, "whole", "differs", false},
+        {"bothMissing", removed, removed, "missing", "missing", false},
+        {"imageShortRawDiffers", shortened, altered, "short", "differs", false},
+        {"aFolder", folder, none, "unusable", "whole", false},
         // The program was killed after it wrote the image file and before it wrote the exam file.
-        {"notYetInTheExamFile",
-         [](const Exam& exam) {
-             changeExamFile(exam, [](Json& json) { imageOf(json, 2)["image_file"] = nullptr; });
-         },
-         "whole", "whole", true},
+        {"notYetInTheExamFile", none, none, "whole", "whole", true, false},
         // The same, while a user had changed the pixels: what is on disk is newer than the exam file.
-        {"changedAndNotYetInTheExamFile",
-         [](const Exam& exam) {
-             changeExamFile(exam, [](Json& json) { imageOf(json, 2)["image_file"] = nullptr; });
-             write(exam.image(2), otherPixels(exam));
-         },
-         "differs", "whole", false}};
+        {"changedAndNotYetInTheExamFile", altered, none, "differs", "whole", false, false}};
     for (const Damage& test : rows) {
         SCOPED_TRACE(test.name);
         const Exam exam;
-        test.done(exam);
+        apply(test.image, exam.image(2), exam);
+        apply(test.raw, exam.raw(2), exam);
+        if (!test.listed) changeExamFile(exam, [](Json& json) { imageOf(json, 2)["image_file"] = nullptr; });
         const auto contentOrFolder = [](const std::string& path) {
             return fs::is_directory(path) ? "(folder)" : contentOf(path);
         };
         const auto before = contentOrFolder(exam.image(2));
 
         const auto found = exam.check({"--json"});
-        const bool whole = test.image == "whole" && test.raw == "whole";
+        const bool whole = test.imageFound == "whole" && test.rawFound == "whole";
         EXPECT_EQ(found.code, whole ? 0 : 1);
         auto all = objects(found.out);
         ASSERT_EQ(all.size(), 3U) << found.out;
-        EXPECT_EQ(all[uidOf(2)]["image_file"]["state"], test.image);
-        EXPECT_EQ(all[uidOf(2)]["raw_copy"]["state"], test.raw);
+        EXPECT_EQ(all[uidOf(2)]["image_file"]["state"], test.imageFound);
+        EXPECT_EQ(all[uidOf(2)]["raw_copy"]["state"], test.rawFound);
         for (const int other : {1, 3}) EXPECT_EQ(all[uidOf(other)]["result"], "ok");
         EXPECT_EQ(contentOrFolder(exam.image(2)), before);  // looking changes nothing
 
@@ -213,92 +194,39 @@ TEST(CacheCheck, RestoresTheSizeOfTheRawCopyToo) {
 
 // Kills the program at many moments of a build. Afterwards every file is named for what it is, and every whole raw copy
 // gives its image back.
-class KillTest : public testing::Test {
-protected:
-    static constexpr int kImages = 7;
-    static constexpr int kColumns = 600;
-    static constexpr int kRows = 400;
-    static constexpr std::uintmax_t kBytes = 2ULL * kColumns * kRows;
-
-    void SetUp() override {
-        fs::create_directory(m_temporary / "in");
-        writeDicoms(m_temporary / "in", kImages, kColumns, kRows);
-    }
-
-    // @return microseconds until the program ended by itself, or was killed
-    long build(const std::string& exam, long killAfter) const {
-        timespec begin{}, now{};
-        clock_gettime(CLOCK_MONOTONIC, &begin);
-        const auto spent = [&] {
-            clock_gettime(CLOCK_MONOTONIC, &now);
-            return (now.tv_sec - begin.tv_sec) * 1000000L + (now.tv_nsec - begin.tv_nsec) / 1000;
-        };
-        const pid_t child = fork();
-        if (child == 0) {
-            // A killed program may leave half a file of coverage counters, so it writes them elsewhere.
-            setenv("GCOV_PREFIX", m_temporary.path().c_str(), 1);
-            dup2(open("/dev/null", O_WRONLY), 1);
-            dup2(open("/dev/null", O_WRONLY), 2);
-            execl(QVR_PROGRAM, "qvr", "exam", "build", (m_temporary / "in").c_str(), "-o", exam.c_str(),
-                  static_cast<char*>(nullptr));
-            _exit(127);
-        }
-        int status = 0;
-        while (waitpid(child, &status, WNOHANG) == 0) {
-            if (spent() >= killAfter) kill(child, SIGKILL);
-            usleep(200);
-        }
-        return spent();
-    }
-
-    TemporaryFolder m_temporary;
-};
-
-// The state that a file's length tells.
-std::string stateOf(const std::string& path, std::uintmax_t whole) {
-    std::error_code error;
-    const auto size = fs::file_size(path, error);
-    return error ? "missing" : size < whole ? "short" : size == whole ? "whole" : "long";
-}
-
-TEST_F(KillTest, LosesNoRawCopyAndNamesEveryFile) {
-    const std::string reference = m_temporary / "reference";
-    const long whole = build(reference, 1000000000L);
+TEST(KilledBuild, LosesNoRawCopyAndNamesEveryFile) {
+    const TemporaryFolder folder;
+    const std::string reference = folder / "reference";
+    fs::create_directory(folder / "in");
+    writeDicoms(folder / "in", 7, 600, 400);
+    const auto build = [&](const std::string& exam, long killAfter) {
+        runTool({"exam", "build", folder / "in", "-o", exam}, {{}, "/dev/null", RLIM_INFINITY, killAfter});
+    };
+    const auto begin = std::chrono::steady_clock::now();
+    build(reference, 0);
+    const std::chrono::duration<double, std::micro> whole = std::chrono::steady_clock::now() - begin;
     int interrupted = 0, restored = 0;
     constexpr int moments = 14;
     for (int moment = 1; moment < moments; ++moment) {
-        const std::string exam = m_temporary / ("exam" + std::to_string(moment));
-        build(exam, whole * moment / moments);
+        const std::string exam = folder / ("exam" + std::to_string(moment));
+        build(exam, static_cast<long>(whole.count() * moment / moments));
         if (!fs::exists(exam + "/exam.json")) {
             EXPECT_FALSE(fs::exists(exam + "/Cache")) << "pixels without an exam file";
             continue;
         }
         const auto found = runTool({"cache", "check", exam, "--json", "--progress", "never"});
-        auto all = objects(found.out);
-        std::set<std::string> named;
-        for (auto& [uid, one] : all) {
-            if (one.contains("stray")) {
-                EXPECT_EQ(one["kind"], "temporary file of a write that was killed") << one;
-                named.insert(fs::path(uid).filename());
-                continue;
-            }
-            EXPECT_EQ(one["image_file"]["state"], stateOf(exam + "/Cache/I." + uid + ".raw", kBytes)) << uid;
-            EXPECT_EQ(one["raw_copy"]["state"], stateOf(exam + "/Cache/R." + uid + ".raw", kBytes)) << uid;
-            named.insert({"I." + uid + ".raw", "R." + uid + ".raw"});
-        }
-        for (const auto& entry : fs::recursive_directory_iterator(exam)) {
-            const std::string name = entry.path().filename();
-            EXPECT_TRUE(name == "exam.json" || name == "Cache" || named.contains(name)) << name;
-        }
         const auto repaired = runTool({"cache", "check", exam, "--json", "--repair", "--progress", "never"});
         bool anyLost = false;
-        for (const auto& [uid, one] : all) {
-            if (one.contains("stray")) continue;
-            const std::string file = "/Cache/I." + uid + ".raw";
+        for (auto& [uid, one] : objects(found.out)) {
+            if (one.contains("stray")) {
+                EXPECT_EQ(one["kind"], "temporary file of a write that was killed") << one;
+                continue;
+            }
             if (one["raw_copy"]["state"] != "whole") {
                 anyLost = true;
                 continue;
             }
+            const std::string file = "/Cache/I." + uid + ".raw";
             EXPECT_EQ(contentOf(exam + file), contentOf(reference + file)) << uid;
             restored += one["image_file"]["state"] != "whole" ? 1 : 0;
         }

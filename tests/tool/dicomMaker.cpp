@@ -2,9 +2,6 @@
 
 #include <dcmtk/dcmdata/dcdeftag.h>
 #include <dcmtk/dcmdata/dcfilefo.h>
-#include <dcmtk/dcmdata/dcpixel.h>
-#include <dcmtk/dcmdata/dcpixseq.h>
-#include <dcmtk/dcmdata/dcpxitem.h>
 #include <dcmtk/dcmdata/dcrleerg.h>
 #include <dcmtk/dcmjpeg/djencode.h>
 #include <dcmtk/dcmjpls/djencode.h>
@@ -76,20 +73,9 @@ std::string writeDicom(const std::string& path, const DicomSpec& spec) {
     return path;
 }
 
-std::string writeEncapsulated(const std::string& path, DicomSpec spec, E_TransferSyntax transfer) {
-    DcmFileFormat format;
-    fillHeader(*format.getDataset(), spec);
-    auto* sequence = new DcmPixelSequence(DcmTag(DCM_PixelData, EVR_OB));
-    must(sequence->insert(new DcmPixelItem(DcmTag(DCM_Item, EVR_OB))));
-    auto* fragment = new DcmPixelItem(DcmTag(DCM_Item, EVR_OB));
-    const Uint8 bytes[] = {0xff, 0x4f, 0xff, 0x51, 0, 0, 0, 0};
-    must(fragment->putUint8Array(bytes, sizeof bytes));
-    must(sequence->insert(fragment));
-    auto* pixels = new DcmPixelData(DCM_PixelData);
-    pixels->putOriginalRepresentation(transfer, nullptr, sequence);
-    must(format.getDataset()->insert(pixels));
-    must(format.saveFile(path.c_str(), transfer));
-    return path;
+std::string attributeText(DcmItem& item, const DcmTagKey& tag) {
+    OFString text;
+    return item.findAndGetOFStringArray(tag, text).good() ? std::string(text.c_str()) : "(missing)";
 }
 
 std::string cut(const std::string& path, std::size_t size) {

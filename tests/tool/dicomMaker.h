@@ -10,6 +10,8 @@
 #include <vector>
 
 class DcmDataset;
+class DcmItem;
+class DcmTagKey;
 
 struct DicomSpec {
     int columns = 96;
@@ -31,7 +33,7 @@ std::vector<std::uint16_t> topBright(int columns, int rows);
 
 /// @return the path
 std::string writeDicom(const std::string& path, const DicomSpec& spec);
-/// A file that claims to be compressed with `transfer` and holds some bytes in a fragment.
-std::string writeEncapsulated(const std::string& path, DicomSpec spec, E_TransferSyntax transfer);
+/// The text of an attribute, or "(missing)".
+std::string attributeText(DcmItem& item, const DcmTagKey& tag);
 /// Keeps the first `size` bytes of a file. @return the path
 std::string cut(const std::string& path, std::size_t size);

@@ -1,44 +1,28 @@
 // Exams on disk: what is written is what is reopened, room is made oldest first, and no exam file is trusted.
-#include <dcmtk/dcmdata/dcdatset.h>
-#include <dcmtk/dcmdata/dcdeftag.h>
 #include <gtest/gtest.h>
 
 #include <algorithm>
 #include <filesystem>
-#include <nlohmann/json.hpp>
 
 #include "examMaker.h"
 #include "examTree.h"
-#include "support/pictures.h"
 #include "toolRun.h"
 
 namespace qvr::tool {
 namespace {
 
 namespace fs = std::filesystem;
-using Json = nlohmann::json;
 
-std::vector<std::uint8_t> bytesOf(const CDib* bitmap) {
-    if (!bitmap || !bitmap->Bits) return {};
-    return {bitmap->Bits, bitmap->Bits + bitmap->ImageSize};
-}
-
-// Everything that a screen shows of a series: display with marks, thumbnail, preview.
-struct Shown {
-    std::vector<std::uint32_t> screen;
-    std::vector<std::uint8_t> thumb, preview;
-    bool operator==(const Shown&) const = default;
-};
-
-Shown shown(dcmSeries& series, const RECT& display) {
+// What a screen shows of a series: display with marks.
+std::vector<std::uint32_t> shown(dcmSeries& series, const RECT& display) {
     CRasterDC surface(display.right, display.bottom);
     series.DrawImage(&display, &surface);
-    Shown out{{}, bytesOf(series.GetThumb()), bytesOf(series.GetPreview())};
+    std::vector<std::uint32_t> screen;
     for (int y = 0; y < display.bottom; ++y) {
         const auto* row = static_cast<const std::uint32_t*>(surface.GetRow(y));
-        out.screen.insert(out.screen.end(), row, row + display.right);
+        screen.insert(screen.end(), row, row + display.right);
     }
-    return out;
+    return screen;
 }
 
 class ExamTest : public testing::Test {
@@ -52,7 +36,7 @@ protected:
     dcmSeries* series(ExamBuilder& builder, int number) {
         return builder.exam().GetStudy(0)->GetSeries(number - 1);
     }
-    ToolResult run(const std::vector<std::string>& arguments, int code = 0) {
+    ToolResult run(const Arguments& arguments, int code = 0) {
         auto result = runTool(arguments);
         EXPECT_EQ(result.code, code) << result.err;
         return result;
@@ -65,7 +49,7 @@ protected:
 TEST_F(ExamTest, ShowsTheSamePicturesWhenReopened) {
     ExamBuilder builder(m_folder);
     const RECT display = displayOf(builder.record());
-    std::vector<Shown> before;
+    std::vector<std::vector<std::uint32_t>> before;
     for (int number = 1; number <= 7; ++number) {
         add(builder, number);
         before.push_back(shown(*series(builder, number), display));
@@ -83,7 +67,7 @@ TEST_F(ExamTest, ShowsTheSamePicturesWhenReopened) {
     marked.SetMarkDISPLeftTop(1, {333, 444}, &display, &surface);
     marked.SetMarkSelected(-1);
     for (const std::size_t position : {3U, 5U}) {
-        const Shown now = shown(*series(builder, static_cast<int>(position) + 1), display);
+        const auto now = shown(*series(builder, static_cast<int>(position) + 1), display);
         EXPECT_FALSE(now == before[position]);
         before[position] = now;
     }
@@ -104,8 +88,6 @@ TEST_F(ExamTest, ShowsTheSamePicturesWhenReopened) {
         EXPECT_TRUE(std::equal(pixels.begin(), pixels.end(), read)) << image.uid();
         EXPECT_STREQ(again.GetBodyPartExamined(), "HAND");
         EXPECT_EQ(again.GetExposureIndex(), 301 + image.position);
-        EXPECT_EQ(again.GetDcmImage()->GetRawImage()->GetLUTType(), (image.position + 1) % 5);
-        EXPECT_EQ(again.GetDcmImage()->GetRawImage()->GetLUTParamK(), 3);
         EXPECT_TRUE(shown(again, display) == before[number]) << image.uid();
     }
     EXPECT_EQ(images[5].image().marks.size(), 2U);
@@ -139,28 +121,16 @@ TEST_F(ExamTest, TakesNoImageInWhenTheOldestCannotBeWritten) {
     EXPECT_TRUE(imagesOf(record)[1].image().imageFile);
 }
 
-TEST_F(ExamTest, ForgetsAnImageWhoseRawCopyCannotBeWritten) {
+TEST_F(ExamTest, NamesAnImageBeforeItsFilesAreThereAndForgetsItWithoutItsRawCopy) {
     ExamBuilder builder(m_folder);
     add(builder, 1);
-    fs::create_directory(m_folder.rawCopy(uidOf(2)));
+    fs::create_directory(m_folder.rawCopy(uidOf(2)));  // where the raw copy should go
     EXPECT_THROW(add(builder, 2), StopFailure);
+    EXPECT_NE(contentOf(m_folder.examFile()).find(uidOf(2)), std::string::npos) << "named before it failed";
     EXPECT_FALSE(builder.holds(uidOf(2)));
     EXPECT_TRUE(builder.finish().empty());
     ExamRecord record = m_folder.read();
     EXPECT_EQ(imagesOf(record).size(), 1U);
-}
-
-TEST_F(ExamTest, NamesAnImageBeforeItsFilesAreThere) {
-    // The exam file is on disk when the raw copy is written: here that write finds a folder in its place.
-    ExamBuilder builder(m_folder);
-    fs::create_directories(m_folder.rawCopy(uidOf(1)));
-    std::string seen;
-    try {
-        add(builder, 1);
-    } catch (const StopFailure&) {
-        seen = contentOf(m_folder.examFile());
-    }
-    EXPECT_NE(seen.find(uidOf(1)), std::string::npos);
 }
 
 TEST_F(ExamTest, IsBuiltListedAndExportedAsRendered) {

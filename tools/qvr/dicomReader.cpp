@@ -8,6 +8,8 @@
 #include <dcmtk/dcmdata/dcfilefo.h>
 #include <dcmtk/dcmdata/dcmetinf.h>
 #include <dcmtk/dcmdata/dcpixel.h>
+#include <dcmtk/dcmdata/dcpixseq.h>
+#include <dcmtk/dcmdata/dcpxitem.h>
 #include <dcmtk/dcmdata/dcrledrg.h>
 #include <dcmtk/dcmjpeg/djdecode.h>
 #include <dcmtk/dcmjpls/djdecode.h>
@@ -139,6 +141,32 @@ void readDescription(const DicomHeader& header, SourceImage& image) {
     }
 }
 
+// Whether the segments of the first frame lie one behind the other within their fragment, which DCMTK takes for granted.
+bool rleSegmentsFit(DcmPixelData& pixels) {
+    constexpr std::size_t kHeader = 64;  // the number of segments, then the offsets of at most 15
+    DcmPixelSequence* sequence = nullptr;
+    DcmPixelItem* fragment = nullptr;
+    Uint8* bytes = nullptr;
+    if (pixels.getEncapsulatedRepresentation(EXS_RLELossless, nullptr, sequence).bad() ||
+        sequence->getItem(fragment, 1).bad() || fragment->getUint8Array(bytes).bad() || !bytes)
+        return false;
+    const std::size_t length = fragment->getLength();
+    if (length < kHeader) return false;
+    const auto word = [&](std::size_t index) {
+        const Uint8* const at = bytes + 4 * index;
+        return std::size_t{at[0]} | std::size_t{at[1]} << 8 | std::size_t{at[2]} << 16 |
+               std::size_t{at[3]} << 24;
+    };
+    const std::size_t segments = word(0);
+    if (segments < 1 || segments > 15) return false;
+    std::size_t previous = kHeader;
+    for (std::size_t i = 1; i <= segments; ++i) {
+        if (word(i) < previous || word(i) > length) return false;
+        previous = word(i);
+    }
+    return true;
+}
+
 void readPixels(DcmDataset& set, SourceImage& image) {
     DcmElement* element = nullptr;
     if (set.findAndGetElement(DCM_PixelData, element).bad() || !element)
@@ -152,6 +180,10 @@ void readPixels(DcmDataset& set, SourceImage& image) {
         throw Failure(Exit::unreadable, image.file, "not read",
                       fmt::format("it is cut short: {} of {} bytes of pixels are there", pixels->getLength(),
                                   frameBytes),
+                      "Fetch the file again.");
+    if (set.getOriginalXfer() == EXS_RLELossless && !rleSegmentsFit(*pixels))
+        throw Failure(Exit::unreadable, image.file, "not read",
+                      "its pixels cannot be decoded (the RLE segments do not fit their fragment)",
                       "Fetch the file again.");
 
     std::vector<std::uint16_t> buffer((frameBytes + 3) / 2);  // DCMTK wants an even size
