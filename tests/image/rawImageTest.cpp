@@ -233,6 +233,22 @@ TEST_F(RawImageTest, ANewImageNeverReadsTheWorkFileOfAnEarlierOne) {
     EXPECT_TRUE(holds(other));
 }
 
+TEST_F(RawImageTest, AnotherOpenedImageDoesNotReadTheWorkFileOfTheOneBefore) {
+    auto record = storedRecord();
+    open(record);
+    ASSERT_EQ(m_image.ReadInRAM(), 1);
+    m_image.GetPixelData()[0] = 99;
+    ASSERT_EQ(m_image.WriteToHDD(), 1);
+    open(record);
+    ASSERT_EQ(m_image.ReadInRAM(), 1);
+    EXPECT_EQ(m_image.GetPixelData()[0], 99) << "the same image: its work file is newer";
+    const auto other = ramp(kWidth, kHeight, 1000);
+    record.FilePath = m_folder.file("other.raw", other).c_str();
+    open(record);
+    ASSERT_EQ(m_image.ReadInRAM(), 1);
+    EXPECT_TRUE(holds(other));
+}
+
 TEST_F(RawImageTest, AFileThatIsTooShortIsNotRead) {
     open(storedRecord());
     fs::resize_file(m_folder / "image.raw", 2 * m_pixels.size() - 1);
