@@ -290,6 +290,7 @@ TEST(MeddlingTest, IsNoticed) {
         {"bits", [](CDib& b) { b.Bits = foreign; }},
         {"colours", [](CDib& b) { b.ColorTable = reinterpret_cast<RGBQUAD*>(foreign); }},
         {"entries", [](CDib& b) { b.ColorTableEntries = 5; }},
+        {"negativeEntries", [](CDib& b) { b.ColorTableEntries = -1; }},
         {"smallerImage", [](CDib& b) { b.ImageSize = 23; }},
         {"noBits", [](CDib& b) { b.Bits = nullptr; }},
         {"header", [](CDib& b) { b.InfoHeader = reinterpret_cast<BITMAPINFOHEADER*>(foreign); }},
@@ -309,6 +310,12 @@ TEST(MeddlingTest, IsNoticed) {
         bitmap.Empty();
         EXPECT_TRUE(isEmpty(bitmap));
     }
+}
+
+TEST(Bitmap, ATableThatIsCalledLongerGivesNoPalette) {
+    CDib bitmap(5, 3, 4);
+    bitmap.ColorTableEntries = 17;
+    EXPECT_EQ(bitmap.MakePalette(), 0);
 }
 
 TEST(Bitmap, ABitCountThatIsCutTo8HasNoColoursAndIsRefused) {

@@ -483,14 +483,17 @@ TEST_P(CloseTest, DeletesTheWorkFileAlone) {
     auto record = storedRecord();
     if (*GetParam().linkTo)
         fs::create_hard_link(m_folder / GetParam().linkTo, m_folder / GetParam().workFile);
-    record.WorkFilePath = (m_folder / GetParam().workFile).c_str();
+    const std::string work = m_folder / GetParam().workFile;
+    if (!fs::exists(work)) m_folder.file(GetParam().workFile, std::string("of somebody else"));
+    record.WorkFilePath = work.c_str();
     open(record);
     m_image.Close();
+    EXPECT_TRUE(fs::exists(work)) << "nothing was written to it";
     EXPECT_TRUE(fs::exists(m_folder / "image.raw"));
     ASSERT_EQ(m_image.ReadInRAM(), 1);
     ASSERT_EQ(m_image.WriteToHDD(), 1);
     m_image.Close();
-    EXPECT_EQ(fs::exists(m_folder / GetParam().workFile), !GetParam().deleted);
+    EXPECT_EQ(fs::exists(work), !GetParam().deleted);
     EXPECT_TRUE(fs::exists(m_folder / "image.raw"));
     EXPECT_TRUE(fs::exists(m_folder / "copy.raw"));
 }
