@@ -67,6 +67,8 @@ int rawImage::Open(const QVR_ST_RAW_IMAGE* record) {
         CString rawCopyPath = record->BAKFilePath;
         CString workFilePath = record->WorkFilePath;
 
+        // What was written out is newer only for the image that it was written of.
+        if (filePath != m_FilePath || workFilePath != m_WorkFilePath) m_WorkFileWritten = 0;
         takeGeometry(*record);
         m_FilePath = std::move(filePath);
         m_BAKFilePath = std::move(rawCopyPath);

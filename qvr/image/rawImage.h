@@ -66,7 +66,8 @@ public:
     /// @return 0 for a null record or null pixels, with nothing changed; 0 for a bad size or without memory, with the
     ///         fields taken over, but no pixels and no bitmap
     int Create(const QVR_ST_RAW_IMAGE* record);
-    /// An image from stored files; not resident afterwards, and what was resident is released.
+    /// An image from stored files; not resident afterwards, and what was resident is released. A work file that this object
+    /// wrote is read again only when image file and work file are the same as before.
     /// @return the result of ValidateFile; 0 for a null record, with nothing changed
     int Open(const QVR_ST_RAW_IMAGE* record);
     /// Writes the pixels to the image file (new image) or the work file (opened image) and frees them with the bitmap.
@@ -206,9 +207,9 @@ public:
     /// @return 0, with nothing changed, for an opened image, null, a path that names the raw copy or the image file
     ///         itself, and when the file cannot be copied
     int WriteFileForPROC(const char* path);
-    /// New image: writes the current pixels with all marks burned in to a path of the host's, deletes the image file and
-    /// takes the path as the image file's. RejectImage then deletes it there, and a later WriteToHDD replaces it by
-    /// pixels without marks. The image's own pixels and marks stay. An existing file is replaced in one step.
+    /// New image: writes the current pixels with all marks burned in to a path of the host's, deletes the image file (not
+    /// when it is the raw copy) and takes the path as the image file's. RejectImage then deletes it there, and a later
+    /// WriteToHDD replaces it by pixels without marks. The image's own pixels and marks stay. An existing file is replaced in one step.
     /// Opened image: commits the current pixels to the image file in one step - from memory, or from the work file when
     /// not resident; path and surface are not used, and no mark is burned. An earlier work file stays and is still what
     /// reads take.

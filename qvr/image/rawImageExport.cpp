@@ -109,7 +109,7 @@ int rawImage::exportNewImage(const char* path, CDC* surface) {
     if (!WriteMark(width, height, pixels.get(), m_BitsStored, surface)) return 0;
     if (!writeReplacing(target, width, height, pixels.get())) return 0;
 
-    if (!sameTarget(target, m_FilePath)) DeleteFileA(m_FilePath);
+    if (!sameTarget(target, m_FilePath) && !namesRawCopy(m_FilePath)) DeleteFileA(m_FilePath);
     m_FilePath = std::move(target);
     return 1;
 }

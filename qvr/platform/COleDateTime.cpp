@@ -7,6 +7,8 @@
 #include <cstdint>
 #include <ctime>
 
+#include "qvr/platform/detail/numbers.h"
+
 namespace {
 
 using std::chrono::day;
@@ -31,9 +33,10 @@ struct Parts {
 };
 
 Parts partsOf(double value) {
-    // The last half second of the year 9999 belongs to no other year.
-    const double rounded = std::min(std::floor(value * kSecondsPerDay + 0.5), kEnd * kSecondsPerDay - 1.0);
-    const auto seconds = static_cast<std::int64_t>(rounded);
+    // The last half second of the year 9999 belongs to no other year, and a host may have called any value valid.
+    const double rounded = std::clamp(std::floor(value * kSecondsPerDay + 0.5), kFirst * kSecondsPerDay,
+                                      kEnd * kSecondsPerDay - 1.0);
+    const std::int64_t seconds = qvr::toInt64(rounded);
     std::int64_t dayNumber = seconds / kSecondsPerDay;
     auto rest = static_cast<int>(seconds % kSecondsPerDay);
     if (rest < 0) {

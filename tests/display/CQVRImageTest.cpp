@@ -182,6 +182,17 @@ TEST_F(CQVRImageTest, FreeDrawPaintsNothingButTheBitmap) {
     EXPECT_EQ(m_image.GetDIB(), nullptr);
 }
 
+TEST_F(CQVRImageTest, ASurfaceMayThrow) {
+    create(37, 23);
+    ASSERT_EQ(m_image.BuildDisplayImage(&kScreen, nullptr, 1), 1);
+    const auto before = bitmapOf(m_image);
+    m_surface.onCall = [] { throw std::runtime_error("surface"); };
+    EXPECT_EQ(m_image.BuildDisplayImage(&kScreen, &m_surface, 1), 1) << "only the palette is missing";
+    m_image.Draw(&kScreen, &m_surface);
+    m_image.FreeDraw({1, 1}, &kScreen, &m_surface);
+    EXPECT_EQ(bitmapOf(m_image), before);
+}
+
 TEST_F(CQVRImageTest, CopiesAreDeep) {
     create(37, 23);
     ASSERT_EQ(m_image.BuildDisplayImage(&kScreen, &m_surface, 1), 1);

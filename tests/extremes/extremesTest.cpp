@@ -34,6 +34,9 @@ TEST(Extremes, PixelTools) {
             EXPECT_EQ(QVR_DISP_Invert(10, 10, pixels.get(), bits, center, a), 0);
             EXPECT_TRUE(pixels.untouched());
         }
+    Exact pixel(1);
+    EXPECT_EQ(QVR_DISP_Invert(INT_MAX, INT_MAX, pixel.get(), 14, 5, a), 0);
+    EXPECT_TRUE(pixel.untouched());
 }
 
 TEST(Extremes, RectanglesOfThePixelTools) {

@@ -5,9 +5,30 @@
 #include <cstdlib>
 #include <filesystem>
 #include <numeric>
+#include <type_traits>
 #include <vector>
 
 namespace {
+
+// What owns pixels, files or a place in a list is never copied, by accident least of all; values are.
+template <class... Types>
+constexpr bool kNoneCopies =
+    !(... || (std::is_copy_constructible_v<Types> || std::is_copy_assignable_v<Types>));
+template <class... Types>
+constexpr bool kAllCopy = (... && (std::is_copy_constructible_v<Types> && std::is_copy_assignable_v<Types>));
+template <class... Types>
+constexpr bool kNoneThrowsAtItsEnd = (... && std::is_nothrow_destructible_v<Types>);
+
+static_assert(
+    kNoneCopies<rawImage, CDib, dcmImage, dcmCRImage, dcmDXImage, dcmSeries, dcmCRSeries, dcmDXSeries,
+                dcmStudy, dcmExam, dcmWorklist, CFile, CArchive, CDC, CRasterDC, CFont, CPen, CPalette>);
+static_assert(kAllCopy<CQVRImage, CMark, CString, COleDateTime, dcmPersonName, dcmAgeString, dcmCode,
+                       dcmProtocol, dcmEquipment, QVR_ST_RAW_IMAGE, QVR_ST_IMAGE, QVR_ST_SERIES, QVR_ST_STUDY,
+                       QVR_ST_PROTOCOL, QVR_ST_WORKLIST, QVR_ST_EQUIPMENT>);
+static_assert(kNoneThrowsAtItsEnd<rawImage, CQVRImage, CDib, CMark, dcmExam, dcmStudy, dcmSeries, dcmImage,
+                                  dcmWorklist, dcmProtocol, dcmEquipment, CFile, CArchive, CDC, CRasterDC>);
+// A value that no modality has is a value all the same: a cast to it is no undefined behaviour.
+static_assert(std::is_same_v<std::underlying_type_t<dcmStudy::Modality>, int>);
 
 // Forwards to a raster, as a host's window forwards to its toolkit.
 class Window : public CDC {

@@ -278,20 +278,26 @@ struct Meddling {
 
 std::uint8_t foreign[4096];
 TEST(MeddlingTest, IsNoticed) {
-    const Meddling rows[] = {{"width", [](CDib& b) { b.InfoHeader->biWidth = 9; }},
-                             {"height", [](CDib& b) { b.InfoHeader->biHeight = 4; }},
-                             {"bitCount", [](CDib& b) { b.InfoHeader->biBitCount = 24; }},
-                             {"headerSize", [](CDib& b) { b.InfoHeader->biSize = 12; }},
-                             {"coloursUsed", [](CDib& b) { b.InfoHeader->biClrUsed = 0; }},
-                             {"imageSize", [](CDib& b) { b.ImageSize = 25; }},
-                             {"bits", [](CDib& b) { b.Bits = foreign; }},
-                             {"colours", [](CDib& b) { b.ColorTable = reinterpret_cast<RGBQUAD*>(foreign); }},
-                             {"entries", [](CDib& b) { b.ColorTableEntries = 5; }},
-                             {"smallerImage", [](CDib& b) { b.ImageSize = 23; }},
-                             {"headerCopy", [](CDib& b) {
-                                  std::memcpy(foreign, b.InfoHeader, sizeof *b.InfoHeader);
-                                  b.InfoHeader = reinterpret_cast<BITMAPINFOHEADER*>(foreign);
-                              }}};
+    const Meddling rows[] = {
+        {"width", [](CDib& b) { b.InfoHeader->biWidth = 9; }},
+        {"negativeWidth", [](CDib& b) { b.InfoHeader->biWidth = -5; }},
+        {"noHeight", [](CDib& b) { b.InfoHeader->biHeight = 0; }},
+        {"height", [](CDib& b) { b.InfoHeader->biHeight = 4; }},
+        {"bitCount", [](CDib& b) { b.InfoHeader->biBitCount = 24; }},
+        {"headerSize", [](CDib& b) { b.InfoHeader->biSize = 12; }},
+        {"coloursUsed", [](CDib& b) { b.InfoHeader->biClrUsed = 0; }},
+        {"imageSize", [](CDib& b) { b.ImageSize = 25; }},
+        {"bits", [](CDib& b) { b.Bits = foreign; }},
+        {"colours", [](CDib& b) { b.ColorTable = reinterpret_cast<RGBQUAD*>(foreign); }},
+        {"entries", [](CDib& b) { b.ColorTableEntries = 5; }},
+        {"negativeEntries", [](CDib& b) { b.ColorTableEntries = -1; }},
+        {"smallerImage", [](CDib& b) { b.ImageSize = 23; }},
+        {"noBits", [](CDib& b) { b.Bits = nullptr; }},
+        {"header", [](CDib& b) { b.InfoHeader = reinterpret_cast<BITMAPINFOHEADER*>(foreign); }},
+        {"headerCopy", [](CDib& b) {
+             std::memcpy(foreign, b.InfoHeader, sizeof *b.InfoHeader);
+             b.InfoHeader = reinterpret_cast<BITMAPINFOHEADER*>(foreign);
+         }}};
     for (const Meddling& row : rows) {
         SCOPED_TRACE(row.name);
         const TemporaryFolder folder;
@@ -304,6 +310,12 @@ TEST(MeddlingTest, IsNoticed) {
         bitmap.Empty();
         EXPECT_TRUE(isEmpty(bitmap));
     }
+}
+
+TEST(Bitmap, ATableThatIsCalledLongerGivesNoPalette) {
+    CDib bitmap(5, 3, 4);
+    bitmap.ColorTableEntries = 17;
+    EXPECT_EQ(bitmap.MakePalette(), 0);
 }
 
 TEST(Bitmap, ABitCountThatIsCutTo8HasNoColoursAndIsRefused) {

@@ -176,6 +176,15 @@ TEST_P(SpellingTest, TheImageFileMayBeReplaced) {
     EXPECT_TRUE(samePicture(expected, m_image.GetPixelData(), kWidth, kHeight));
 }
 
+TEST_F(ExportTest, AnImageFileThatIsTheRawCopyIsNotDeleted) {
+    fs::create_directory(m_folder / "Cache");
+    fs::create_symlink("I.1.2.3.raw", m_folder / kRaw);
+    acquire();
+    EXPECT_EQ(m_image.WriteFileForPRES((m_folder / "out.raw").c_str(), &m_surface), 1);
+    EXPECT_EQ(pixelsOf(m_raw), m_acquired);
+    EXPECT_EQ(pixelsOf(m_folder / "out.raw"), m_pixels);
+}
+
 TEST_F(ExportTest, BadTargetsChangeNothing) {
     acquire();
     addMarks();

@@ -223,6 +223,22 @@ TEST_F(RawImageTest, ANewImageNeverReadsTheWorkFileOfAnEarlierOne) {
     EXPECT_TRUE(holds(other));
 }
 
+TEST_F(RawImageTest, AnotherOpenedImageDoesNotReadTheWorkFileOfTheOneBefore) {
+    auto record = storedRecord();
+    open(record);
+    ASSERT_EQ(m_image.ReadInRAM(), 1);
+    m_image.GetPixelData()[0] = 99;
+    ASSERT_EQ(m_image.WriteToHDD(), 1);
+    open(record);
+    ASSERT_EQ(m_image.ReadInRAM(), 1);
+    EXPECT_EQ(m_image.GetPixelData()[0], 99) << "the same image: its work file is newer";
+    const auto other = ramp(kWidth, kHeight, 1000);
+    record.FilePath = m_folder.file("other.raw", other).c_str();
+    open(record);
+    ASSERT_EQ(m_image.ReadInRAM(), 1);
+    EXPECT_TRUE(holds(other));
+}
+
 TEST_F(RawImageTest, AFileThatIsTooShortIsNotRead) {
     open(storedRecord());
     fs::resize_file(m_folder / "image.raw", 2 * m_pixels.size() - 1);
@@ -451,9 +467,11 @@ TEST_F(RawImageTest, CloseDeletesAWorkFileThatIsNotTheImageFile) {
         SCOPED_TRACE(work);
         auto record = storedRecord();
         if (work == "link.raw") fs::create_hard_link(m_folder / "image.raw", m_folder / work);
+        if (work == "work.raw") m_folder.file(work, std::string("of somebody else"));
         record.WorkFilePath = (m_folder / work).c_str();
         open(record);
         m_image.Close();
+        EXPECT_TRUE(fs::exists(m_folder / work)) << "nothing was written to it";
         EXPECT_TRUE(fs::exists(m_folder / "image.raw"));
         ASSERT_EQ(m_image.ReadInRAM(), 1);
         ASSERT_EQ(m_image.WriteToHDD(), 1);

@@ -2,6 +2,8 @@
 #include <algorithm>
 #include <array>
 #include <cmath>
+#include <limits>
+#include <optional>
 #include <string>
 
 #include "kernels/kernelTest.h"
@@ -33,7 +35,10 @@ Shades shadesOf(const qvr::DisplayWindow& window, const qvr::Curve& curve) {
 }
 
 Shades randomShades(Random& random) {
-    return shadesOf({random.between(-40, random.between(0, 1) ? 300 : 40000), random.between(-3000, 19000)},
+    using Int = std::numeric_limits<int>;
+    const int farAway = random.between(0, 1) ? Int::min() : Int::max();
+    const int center = random.between(0, 9) == 0 ? farAway : random.between(-3000, 19000);
+    return shadesOf({random.between(-40, random.between(0, 1) ? 300 : 40000), center},
                     {random.between(0, 4), random.between(-3, 6), random.between(-3, 14)});
 }
 

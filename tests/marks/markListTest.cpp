@@ -195,13 +195,15 @@ TEST_F(MarkListTest, WhatCannotBePlacedIsLeftAlone) {
 
 TEST_F(MarkListTest, ASurfaceMayThrowOrDeleteMarksAtEveryCall) {
     for (const bool throws : {true, false})
-        for (int operation = 0; operation < 5; ++operation)
+        for (int operation = 0; operation < 8; ++operation)
             for (int call = 0;; ++call) {
                 m_surface.onCall = [] {};
                 m_image.DeleteAllMark();
                 ASSERT_EQ(add("a label of twenty let"), 0);  // does not fit
                 ASSERT_EQ(add("A") + add("B"), 2);
                 const auto before = m_image.marks();
+                CMark mark;
+                ASSERT_EQ(m_image.GetMark(0, mark), 1);
                 int left = call;
                 m_surface.onCall = [&] {
                     if (left-- != 0) return;
@@ -214,6 +216,9 @@ TEST_F(MarkListTest, ASurfaceMayThrowOrDeleteMarksAtEveryCall) {
                 if (operation == 2) m_image.MoveMark(1, 5, 5, &kRect, &m_surface);
                 if (operation == 3) m_image.PtInMarkRect({0, 0}, &m_surface);
                 if (operation == 4) m_image.Draw(&kRect, &m_surface);
+                if (operation == 5) m_image.DrawMark(&mark, &kRect, &m_surface);
+                if (operation == 6) m_image.DrawRectFrame(&kRect, 0, &m_surface);
+                if (operation == 7) m_image.DrawRectSelectedCross(&kRect, 0, &m_surface);
                 m_surface.onCall = [] {};
                 if (left >= 0) break;  // every call has had its turn
                 if (throws) {

@@ -57,8 +57,9 @@ TEST_F(ImageEntityTest, KindsDifferInTheirStorageClass) {
 
 TEST_F(ImageEntityTest, CreateAndOpenTakeTheRecordOnce) {
     dcmDXImage created, opened;
-    EXPECT_EQ(created.Create(nullptr), 0);
-    EXPECT_EQ(opened.Open(nullptr), 0);
+    dcmCRImage computed;
+    EXPECT_EQ(created.Create(nullptr) + computed.Create(nullptr), 0);
+    EXPECT_EQ(opened.Open(nullptr) + computed.Open(nullptr), 0);
     EXPECT_EQ(created.GetRawImage(), nullptr);
     ASSERT_EQ(created.Create(&m_record), 1);
     ASSERT_EQ(opened.Open(&m_record), 1);

@@ -257,6 +257,9 @@ TEST_F(SeriesTest, NullArgumentsAreRefusedBeforeAnImageIsMade) {
     EXPECT_EQ(m_series->IsImageExist(), 0);
     EXPECT_TRUE(fs::is_empty(folder));
     EXPECT_EQ(m_series->CreateImage(&record, folder, &kScreen, nullptr), 1);  // the surface may be missing
+    ASSERT_EQ(m_series->WriteImageToHDD(), 1);
+    EXPECT_EQ(m_series->ReadImageInRAM(nullptr, &m_surface), 0);
+    EXPECT_EQ(m_series->IsImageInRAM(), 0);
 }
 
 }  // namespace

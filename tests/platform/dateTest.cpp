@@ -52,6 +52,11 @@ TEST(Date, WhatDoesNotExistIsInvalid) {
     EXPECT_EQ(none.GetStatus(), COleDateTime::valid);
     none.SetStatus(COleDateTime::null);
     EXPECT_EQ(none.GetDay(), -1);
+    for (const double days : {kNaN, 1e300, -1e300}) {
+        COleDateTime called(days);
+        called.SetStatus(COleDateTime::valid);
+        EXPECT_TRUE(called.GetYear() >= 100 && called.GetYear() <= 9999 && called.GetHour() >= 0) << days;
+    }
 }
 
 TEST(Date, EverySecondOfADayComesBack) {

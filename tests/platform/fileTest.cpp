@@ -4,8 +4,10 @@
 #include <fcntl.h>
 #include <gtest/gtest.h>
 #include <sys/stat.h>
+#include <sys/wait.h>
 #include <unistd.h>
 
+#include <cstdlib>
 #include <filesystem>
 #include <limits>
 
@@ -50,6 +52,24 @@ TEST(File, OpensCreatesAndTruncatesAsToldTo) {
     EXPECT_THROW(file.Write(text, 1), CFileException);
     ASSERT_EQ(file.Open(path.c_str(), CFile::modeReadWrite | CFile::modeCreate), 1);
     EXPECT_EQ(contentOf(path), "");
+}
+
+// In a process without a terminal, as a service is.
+TEST(File, ATerminalDoesNotBecomeThatOfTheProcess) {
+    const int terminal = ::posix_openpt(O_RDWR | O_NOCTTY);
+    if (terminal < 0 || ::grantpt(terminal) != 0 || ::unlockpt(terminal) != 0) GTEST_SKIP() << "no terminals";
+    const std::string path = ::ptsname(terminal);
+    const pid_t child = ::fork();
+    if (child == 0) {
+        ::setsid();
+        CFile file;
+        const bool opened = file.Open(path.c_str(), CFile::modeRead) == 1;
+        ::_exit(!opened ? 1 : ::open("/dev/tty", O_RDONLY) >= 0 ? 2 : 0);
+    }
+    int status = 0;
+    ASSERT_EQ(::waitpid(child, &status, 0), child);
+    EXPECT_EQ(WEXITSTATUS(status), 0);
+    ::close(terminal);
 }
 
 TEST(File, AFullDiskIsAnError) {

@@ -4,9 +4,12 @@
 #include <cstdint>
 #include <limits>
 #include <string>
+#include <thread>
+#include <tuple>
 #include <vector>
 
 #include "platform/textTools.h"
+#include "qvr/platform/detail/textFaces.h"
 
 namespace {
 
@@ -145,6 +148,26 @@ TEST(Text, HugeHeightsSaturateAndDrawOnlyWhatIsVisible) {
         EXPECT_EQ(pixelAt(368, 1000), 0) << height;
         EXPECT_EQ(pixelAt(250, 435), 0) << height;
         EXPECT_EQ(pixelAt(250, 455), 255) << height;
+    }
+}
+
+// A broken font can ask for this: its ascent and descent may be next to nothing, its letters of any size.
+TEST(Text, AnOutlineTooFarAwayIsRefused) {
+    const auto search = qvr::facesFor("Arial", 400);
+    ASSERT_TRUE(search && search->primary());
+    const qvr::TextFace& face = *search->primary();
+    hb_codepoint_t letter = 0;
+    ASSERT_TRUE(hb_font_get_nominal_glyph(face.shaper(), 'H', &letter));
+    std::vector<std::uint8_t> pixels(20 * 20);
+    const qvr::CoverageTile tile{pixels.data(), 20, 20};
+    for (const auto edges : {qvr::Edges::oneBit, qvr::Edges::smoothed}) {
+        for (const auto& [em, x, y] : {std::tuple{20.0, 2147483630.0, 10.0},
+                                       {20.0, 0.0, -2147483630.0},
+                                       {1e7, 0.0, 0.0},
+                                       {1e300, 0.0, 0.0},
+                                       {20.0, -1e300, 0.0}})
+            EXPECT_FALSE(face.drawGlyph({letter, em, x, y}, edges, tile)) << em << ' ' << x << ' ' << y;
+        EXPECT_TRUE(face.drawGlyph({letter, 20.0, 2.0, 18.0}, edges, tile));
     }
 }
 

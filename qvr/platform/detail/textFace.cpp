@@ -9,7 +9,6 @@
 #include <algorithm>
 #include <cmath>
 #include <cstddef>
-#include <cstdlib>
 #include <span>
 
 #include "qvr/platform/detail/memory.h"
@@ -33,7 +32,8 @@ bool place(FT_Outline& outline, double scale, double x, double y) {
          std::span(outline.points, static_cast<std::size_t>(std::max<short>(outline.n_points, 0)))) {
         point.x = nearest(static_cast<double>(point.x) * scale + x);
         point.y = nearest(static_cast<double>(point.y) * scale + y);
-        if (std::max(std::abs(point.x), std::abs(point.y)) > kLargestCoordinate) return false;
+        const auto [low, high] = std::minmax(point.x, point.y);
+        if (low < -kLargestCoordinate || high > kLargestCoordinate) return false;
     }
     return true;
 }
