@@ -120,6 +120,18 @@ TEST(Surface, ExtremeLinesReturnAtOnceAndPassThroughTheSurface) {
     }
 }
 
+TEST(Surface, LinesFarOffAskForNothing) {
+    // A rectangle one row high cannot be told there: its end would be beyond the integers.
+    PlainDC dc;
+    for (const int level : {kLow, kHigh}) {
+        dc.MoveTo(0, level);
+        dc.LineTo(90, level);
+        dc.MoveTo(level, 0);
+        dc.LineTo(level, 90);
+    }
+    EXPECT_EQ(dc.calls, 0);
+}
+
 TEST(Surface, SelectionReturnsThePreviousObject) {
     CRasterDC dc(10, 10);
     const RGBQUAD colours[3] = {{1, 2, 3, 0}, {4, 5, 6, 0}, {7, 8, 9, 0}};

@@ -4,7 +4,6 @@
 #include <cstdint>
 #include <limits>
 #include <string>
-#include <thread>
 #include <tuple>
 #include <vector>
 
