@@ -34,8 +34,7 @@ TEST(WindowRequest, KnowsItsForms) {
 }
 
 Console quiet() {
-    Common common;
-    common.quiet = true;
+    static const Common common{.quiet = true};  // a console only refers to it
     return Console(common);
 }
 
