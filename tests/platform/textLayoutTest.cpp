@@ -34,6 +34,10 @@ bool someFaceHas(char32_t character) {
 
 TEST(Text, LettersAreKerned) {
     for (const char* face : {"Arial", "DejaVu Sans"}) {
+        const auto search = qvr::facesFor(face, 400);
+        ASSERT_TRUE(search && search->primary());
+        // Hebrew letters tell DejaVu Sans from what stands in for it.
+        if (face != std::string("Arial") && !search->primary()->covers(U'\u05d0')) continue;
         const int sum = 3 * extentOf("A", 100, face).cx + 2 * extentOf("V", 100, face).cx;
         EXPECT_LT(extentOf("AVAVA", 100, face).cx, sum - 10) << face;
         EXPECT_LE(std::abs(extentOf("HHHHH", 100, face).cx - 5 * extentOf("H", 100, face).cx), 5) << face;

@@ -139,7 +139,7 @@ TEST_F(BurnTest, PrintCarriesItsMarksAndTheSourceDoesNot) {
 
 TEST_F(BurnTest, BothWritesTwoFilesThatReferToTheSource) {
     const auto out = m_folder / "both.dcm";
-    const auto result = run({"burn", m_source, "-o", out, "--marks", "both", "--mark", "\u5de6 L@100,60",
+    const auto result = run({"burn", m_source, "-o", out, "--marks", "both", "--mark", "\u03a9 L@100,60",
                              "--json", "--mark-height", "40px"});
     const auto json = nlohmann::json::parse(result.out);
     EXPECT_EQ(json["marks"], 1);
@@ -159,7 +159,7 @@ TEST_F(BurnTest, BothWritesTwoFilesThatReferToTheSource) {
     EXPECT_EQ(attributeText(*item, DCM_ReferencedSOPInstanceUID), "1.2.3.4");
     ASSERT_TRUE(state.getDataset()->findAndGetSequenceItem(DCM_GraphicAnnotationSequence, item).good());
     ASSERT_TRUE(item->findAndGetSequenceItem(DCM_TextObjectSequence, item).good());
-    EXPECT_EQ(attributeText(*item, DCM_UnformattedTextValue), "\u5de6 L");
+    EXPECT_EQ(attributeText(*item, DCM_UnformattedTextValue), "\u03a9 L");
     const auto box = json["mark_boxes"][0]["box"];
     EXPECT_EQ(attributeText(*item, DCM_BoundingBoxTopLeftHandCorner), "101\\61");
     EXPECT_EQ(attributeText(*item, DCM_BoundingBoxBottomRightHandCorner),
