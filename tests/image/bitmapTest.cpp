@@ -136,6 +136,7 @@ TEST(StreamTest, IsReadOrLeavesTheBitmapEmpty) {
                            {"otherType", patched(kGood, 0, 0x4D43, 2), 0},
                            {"longHeader", patched(kGood, 14, 124), 0},
                            {"offsetTooSmall", patched(kGood, 10, 53), 0},
+                           {"offsetOfNoHeader", patched(kGood, 10, 13), 0},
                            {"offsetTooLarge", patched(kGood, 10, 65537), 0},
                            {"coloursBeyondOffset", patched(kGood, 10, 54 + 4 * 255), 0},
                            {"colours257", patched(patched(kGood, 46, 257), 10, 65536), 0},

@@ -45,6 +45,19 @@ TEST(CMarkTest, StartsPlainAndCopiesApart) {
     EXPECT_STREQ(a.GetMarkText(), "");
 }
 
+TEST(CMarkTest, KeepsItsTextWithoutMemory) {
+    CMark mark;
+    mark.SetMarkText("kept");
+    const int runs = static_cast<int>(refuseEachAllocation(
+        [] {},
+        [&] {
+            mark.SetMarkText("a text that is too long to be kept in place");
+            return 1;
+        },
+        [&](int, bool refused) { EXPECT_EQ(std::string(mark.GetMarkText()) == "kept", refused); }));
+    EXPECT_GT(runs, 0);
+}
+
 TEST_F(MarkListTest, ThreeMarksAlongTheTopEdge) {
     EXPECT_EQ(add("A"), 1);
     EXPECT_EQ(add("B"), 1);
