@@ -6,6 +6,9 @@
 #include <unistd.h>
 
 #include <cerrno>
+#include <memory>
+#include <new>
+#include <string>
 #include <vector>
 
 #include "qvr/qvr.h"
@@ -180,6 +183,17 @@ TEST(Allocation, AProtocolIsTheOldOneOrTheNewOne) {
                            EXPECT_STREQ(series.GetProtocol()->GetAnatomyName(),
                                         made ? name.c_str() : "before");
                        });
+}
+
+TEST(Allocation, AFontIsTheOneNamedOrDrawsNothing) {
+    const std::string name(60, 'a');
+    std::unique_ptr<CFont> font;
+    failEachAllocation([&] { font.reset(); },
+                       [&] {
+                           font.reset(new (std::nothrow) CFont(20, 400, name.c_str(), 1));
+                           return 1;
+                       },
+                       [&](int) { EXPECT_TRUE(!font || font->GetHeight() == 0 || name == font->GetFace()); });
 }
 
 TEST(Allocation, AnImageIsCopiedWholeOrNotAtAll) {

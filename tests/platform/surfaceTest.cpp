@@ -132,6 +132,17 @@ TEST(Surface, LinesFarOffAskForNothing) {
     EXPECT_EQ(dc.calls, 0);
 }
 
+TEST(Surface, ALineGoesOnWhereAHostsFillThrows) {
+    class ThrowingDC : public PlainDC {
+        void FillSolidRect(const RECT* rect, COLORREF colour) override {
+            PlainDC::FillSolidRect(rect, colour);
+            throw 5;
+        }
+    } dc;
+    dc.LineTo(9, 3);
+    EXPECT_EQ(dc.filled.size(), 9u);
+}
+
 TEST(Surface, SelectionReturnsThePreviousObject) {
     CRasterDC dc(10, 10);
     const RGBQUAD colours[3] = {{1, 2, 3, 0}, {4, 5, 6, 0}, {7, 8, 9, 0}};
