@@ -138,6 +138,13 @@ TEST(StretchTest, EveryDepthFollowsTheRule) {
     }
 }
 
+TEST(Surface, ReadsNoMoreColoursThanPixelsCanHave) {
+    TestBitmap bitmap(29, 17, 8, true);
+    bitmap.info()->bmiHeader.biClrUsed = 0x80000000u;
+    PaddedSurface surface(kWidth, kHeight, 32);
+    EXPECT_EQ(surface.dc.StretchDIBits(0, 0, 9, 9, 0, 0, 9, 9, bitmap.bits(), bitmap.info(), SRCCOPY), 9);
+}
+
 TEST(Surface, RefusesBitmapsThatItCannotRead) {
     struct Change {
         const char* name;
