@@ -196,6 +196,32 @@ TEST(Allocation, AFontIsTheOneNamedOrDrawsNothing) {
                        [&](int) { EXPECT_TRUE(!font || font->GetHeight() == 0 || name == font->GetFace()); });
 }
 
+TEST(Allocation, AnEntityTakesARecordAsAWholeAndThrowsNothing) {
+    const std::string text(60, 'a');
+    const std::vector<std::uint16_t> pixels(60 * 50, 7);
+    CRasterDC surface(60, 50);
+    constexpr RECT kView{0, 0, 60, 50};
+    const TemporaryFolder folder;
+    QVR_ST_IMAGE record;
+    record.Width = 60, record.Height = 50, record.BitsStored = 14, record.PixelData = pixels.data();
+    record.PatientOrientation = record.ImageLaterality = text.c_str();
+    record.SOPInstanceUID = text.c_str();
+    record.FilePath = record.BAKFilePath = record.WorkFilePath = (folder / text).c_str();
+    std::unique_ptr<dcmDXImage> image;
+    const auto check = [&](int) {
+        EXPECT_EQ(text == image->GetPatientOrientation(), text == image->GetSOPInstanceUID());
+    };
+    const auto anew = [&] { image = std::make_unique<dcmDXImage>(); };
+    failEachAllocation(
+        anew, [&] { return image->Create(&record); }, check);
+    failEachAllocation(
+        anew, [&] { return image->Open(&record); }, check);
+    std::unique_ptr<dcmDXSeries> series;
+    failEachAllocation([&] { series = std::make_unique<dcmDXSeries>(); },
+                       [&] { return series->CreateImage(&record, folder.path().c_str(), &kView, &surface); },
+                       [&](int made) { EXPECT_TRUE(!made || series->IsImageInRAM()); });
+}
+
 TEST(Allocation, AnImageIsCopiedWholeOrNotAtAll) {
     const std::vector<std::uint16_t> pixels(60 * 50, 7);
     QVR_ST_QVR_IMAGE small{}, large{};
