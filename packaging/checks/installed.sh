@@ -17,7 +17,7 @@ find_package(QVRModel CONFIG REQUIRED)
 add_executable(host host.cpp)
 target_link_libraries(host PRIVATE QVR::Model)
 CMAKE
-cmake -S "$work/host" -B "$work/host/build" -DCMAKE_PREFIX_PATH="$work/prefix"
+cmake -G Ninja -S "$work/host" -B "$work/host/build" -DCMAKE_PREFIX_PATH="$work/prefix"
 cmake --build "$work/host/build"
 "$work/host/build/host" >"$work/by-cmake.txt"
 
