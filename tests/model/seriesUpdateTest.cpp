@@ -141,6 +141,7 @@ TEST_F(ExaminationTest, CentresTheView) {
         {"oneRatioAlone", 0.5f, 0.0f, kView, 0, 11, 12},
         {"negative", -0.5f, 0.5f, kView, 0, 11, 12},
         {"nan", 0.5f, kNaN, kView, 0, 11, 12},
+        {"infinite", kInfinity, 0.5f, kView, 0, 11, 12},
         {"emptyRectangle", 0.5f, 0.5f, {0, 0, 0, 10}, 0, 11, 12}};
     for (const Zoom& row : rows) {
         SCOPED_TRACE(row.name);
