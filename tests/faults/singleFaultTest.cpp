@@ -177,11 +177,28 @@ TEST(Allocation, AProtocolIsTheOldOneOrTheNewOne) {
     QVR_ST_PROTOCOL before, after;
     before.AnatomyName = "before";
     after.AnatomyName = name.c_str();
+    const TemporaryFolder folder;
+    after.ThumbFilePath = folder.file("thumb.bmp", std::string("no bitmap")).c_str();
     dcmCRSeries series;
     failEachAllocation([&] { series.CreateProtocol(&before); }, [&] { return series.CreateProtocol(&after); },
                        [&](int made) {
                            EXPECT_STREQ(series.GetProtocol()->GetAnatomyName(),
                                         made ? name.c_str() : "before");
+                       });
+}
+
+TEST(Allocation, ACodeIsTheOldOneOrTheNewOne) {
+    const std::string text(60, 'a');
+    const char* const words = text.c_str();
+    dcmWorklist worklist;
+    failEachAllocation([&] { worklist.SetReqProcCode("old", "old", "old", "old"); },
+                       [&] { return worklist.SetReqProcCode(words, words, words, words), 1; },
+                       [&](int) {
+                           const dcmCode code = worklist.GetReqProcCode();
+                           const std::string value = code.GetCodeValue();
+                           EXPECT_EQ(value, code.GetCodeMeaning());
+                           EXPECT_EQ(value, code.GetCodingSchemeDesignator());
+                           EXPECT_EQ(value, code.GetCodingSchemeVersion());
                        });
 }
 
