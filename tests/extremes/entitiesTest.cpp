@@ -11,6 +11,7 @@
 #include <vector>
 
 #include "extremes.h"
+#include "tests/support/temporaryFolder.h"
 
 namespace {
 
@@ -27,7 +28,7 @@ protected:
         record.SOPInstanceUID = "1.2.3";
         study = exam.CreateStudy(&studyRecord, dcmStudy::DX);
         series = exam.CreateSeries(0, &seriesRecord);
-        EXPECT_TRUE(exam.CreateImage(0, 0, &record, testing::TempDir().c_str(), &kRectangle, &surface));
+        EXPECT_TRUE(exam.CreateImage(0, 0, &record, folder.path().c_str(), &kRectangle, &surface));
     }
     ~EntityExtremes() override { series->RejectImage(); }
 
@@ -37,6 +38,7 @@ protected:
                std::memcmp(raw->GetPixelData(), pixels.data(), pixels.size() * 2) == 0;
     }
 
+    const TemporaryFolder folder;
     const std::vector<std::uint16_t> pixels = std::vector<std::uint16_t>(6, 500);
     QVR_ST_STUDY studyRecord;
     QVR_ST_SERIES seriesRecord;

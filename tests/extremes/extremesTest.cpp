@@ -6,11 +6,11 @@
 #include <chrono>
 #include <climits>
 #include <cstdint>
-#include <filesystem>
 #include <memory>
 #include <vector>
 
 #include "extremes.h"
+#include "tests/support/temporaryFolder.h"
 
 namespace {
 
@@ -80,7 +80,8 @@ TEST(Extremes, LookupTables) {
 }
 
 TEST(Extremes, RawFiles) {
-    const auto path = (std::filesystem::temp_directory_path() / "qvr-extremes.raw").string();
+    const TemporaryFolder folder;
+    const auto path = folder / "pixels.raw";
     forEverySize(
         [&](int w, int h, std::uint16_t* p) { return QVR_COMP_WriteRAWFile(path.c_str(), w, h, p); });
     forEverySize([&](int w, int h, std::uint16_t* p) { return QVR_COMP_ReadRAWFile(path.c_str(), w, h, p); });
@@ -89,7 +90,6 @@ TEST(Extremes, RawFiles) {
         EXPECT_EQ(QVR_COMP_WriteRAWFile(missing, 1, 1, pixels.get()), 0);
         EXPECT_EQ(QVR_COMP_ReadRAWFile(missing, 1, 1, pixels.get()), 0);
     }
-    std::filesystem::remove(path);
 }
 
 TEST(Extremes, RawImageSizes) {

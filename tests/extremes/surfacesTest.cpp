@@ -8,6 +8,7 @@
 #include <string>
 
 #include "extremes.h"
+#include "tests/support/temporaryFolder.h"
 
 namespace {
 
@@ -202,8 +203,7 @@ TEST(Extremes, Texts) {
 }
 
 TEST(Extremes, Files) {
-    const auto folder = std::filesystem::temp_directory_path() / "qvr-extremes";
-    std::filesystem::create_directory(folder);
+    const TemporaryFolder folder;
     for (const char* path : {static_cast<const char*>(nullptr), "", "/", "/no/such/folder/file"}) {
         for (const int flag : kInts) {
             CFile file;
@@ -220,8 +220,7 @@ TEST(Extremes, Files) {
     std::uint8_t byte = 0;
     EXPECT_THROW(file.Read(&byte, 1), CFileException);
     EXPECT_THROW(file.Write(&byte, 1), CFileException);
-    EXPECT_TRUE(std::filesystem::is_empty(folder));
-    std::filesystem::remove_all(folder);
+    EXPECT_TRUE(std::filesystem::is_empty(folder.path()));
 }
 
 }  // namespace

@@ -15,6 +15,7 @@
 
 #include "tests/faults/faults.h"
 #include "tests/faults/road.h"
+#include "tests/support/temporaryFolder.h"
 
 namespace {
 
@@ -49,11 +50,6 @@ struct Outcome {
 class Sweep : public testing::Test {
 protected:
     Sweep() {
-        // Memory-backed where there is such a folder: a sweep is thousands of synchronised files.
-        const fs::path base =
-            ::access("/dev/shm", W_OK) == 0 ? fs::path("/dev/shm") : fs::temp_directory_path();
-        m_folder = base / ("qvr-sweep-" + std::to_string(::getpid()));
-        fs::remove_all(m_folder);
         void* const shared =
             ::mmap(nullptr, sizeof(Outcome), PROT_READ | PROT_WRITE, MAP_SHARED | MAP_ANONYMOUS, -1, 0);
         m_outcome = new (shared) Outcome;
@@ -63,10 +59,7 @@ protected:
         road::Walk(m_folder.string()).run();
     }
 
-    ~Sweep() override {
-        ::munmap(m_outcome, sizeof(Outcome));
-        fs::remove_all(m_folder);
-    }
+    ~Sweep() override { ::munmap(m_outcome, sizeof(Outcome)); }
 
     void prepareFolder() const {
         fs::remove_all(m_folder);
@@ -169,7 +162,10 @@ protected:
     }
 
     Outcome* m_outcome;
-    fs::path m_folder;
+    // Memory-backed where there is such a folder: a sweep is thousands of synchronised files.
+    const TemporaryFolder m_place{::access("/dev/shm", W_OK) == 0 ? fs::path("/dev/shm")
+                                                                  : fs::temp_directory_path()};
+    const fs::path m_folder = m_place / "road";
     int m_failures = 0;
 };
 

@@ -6,7 +6,6 @@
 #include <cmath>
 #include <cstdlib>
 #include <cstring>
-#include <fstream>
 
 #include "marks/markSurface.h"
 #include "qvr/image/detail/bitmapRows.h"
@@ -14,6 +13,7 @@
 #include "qvr/platform/CRasterDC.h"
 #include "qvr/platform/detail/textDecoding.h"
 #include "qvr/platform/detail/textFaces.h"
+#include "support/temporaryFolder.h"
 
 namespace {
 
@@ -202,8 +202,9 @@ TEST(BurnIn, WriteMarkBurnsAllItCan) {
 TEST(BurnInDeathTest, WithoutFontsAddingAndBurningFail) {
     GTEST_FLAG_SET(death_test_style,
                    "threadsafe");  // a new process: the list of fonts is read once per process
-    const std::string configuration = testing::TempDir() + "no_fonts_for_marks.conf";
-    std::ofstream(configuration) << "<?xml version=\"1.0\"?><fontconfig></fontconfig>";
+    const TemporaryFolder folder;
+    const std::string configuration =
+        folder.file("fonts.conf", "<?xml version=\"1.0\"?><fontconfig></fontconfig>");
     EXPECT_EXIT(burnWithFontsOf(configuration), testing::ExitedWithCode(0), "");
 }
 

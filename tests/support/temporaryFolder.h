@@ -1,4 +1,5 @@
-// A folder that is gone with the test, and whole files in one call.
+// A folder that is gone with the test, and whole files in one call. Test programs run beside each other: whatever writes
+// has a folder of its own.
 #pragma once
 
 #include <cstdint>
@@ -11,8 +12,9 @@
 
 class TemporaryFolder {
 public:
-    TemporaryFolder() {
-        std::string pattern = (std::filesystem::temp_directory_path() / "qvr-test-XXXXXX").string();
+    TemporaryFolder() : TemporaryFolder(std::filesystem::temp_directory_path()) {}
+    explicit TemporaryFolder(const std::filesystem::path& place) {
+        std::string pattern = (place / "qvr-test-XXXXXX").string();
         if (!::mkdtemp(pattern.data())) throw std::runtime_error("no temporary folder");
         m_path = pattern;
     }

@@ -202,16 +202,24 @@ TEST(KilledBuild, LosesNoRawCopyAndNamesEveryFile) {
     const auto build = [&](const std::string& exam, long killAfter) {
         runTool({"exam", "build", folder / "in", "-o", exam}, {{}, "/dev/null", RLIM_INFINITY, killAfter});
     };
-    const auto begin = std::chrono::steady_clock::now();
-    build(reference, 0);
-    const std::chrono::duration<double, std::micro> whole = std::chrono::steady_clock::now() - begin;
     int interrupted = 0, restored = 0;
-    constexpr int moments = 14;
-    for (int moment = 1; moment < moments; ++moment) {
+    constexpr int moments = 14, rounds = 8;  // a busy machine may finish too early: the time is taken anew
+    std::chrono::duration<double, std::micro> whole{};
+    const auto enough = [&] { return interrupted > 2 && restored > 2; };
+    for (int kill = 0; kill < moments || (kill < rounds * moments && !enough()); ++kill) {
+        const int moment = kill % moments;
+        if (moment == 0) {
+            fs::remove_all(reference);
+            const auto begin = std::chrono::steady_clock::now();
+            build(reference, 0);
+            whole = std::chrono::steady_clock::now() - begin;
+            continue;
+        }
         const std::string exam = folder / ("exam" + std::to_string(moment));
         build(exam, static_cast<long>(whole.count() * moment / moments));
         if (!fs::exists(exam + "/exam.json")) {
             EXPECT_FALSE(fs::exists(exam + "/Cache")) << "pixels without an exam file";
+            fs::remove_all(exam);
             continue;
         }
         const auto found = runTool({"cache", "check", exam, "--json", "--progress", "never"});
@@ -234,7 +242,7 @@ TEST(KilledBuild, LosesNoRawCopyAndNamesEveryFile) {
         interrupted += found.code != 0 ? 1 : 0;
         fs::remove_all(exam);
     }
-    EXPECT_GT(interrupted, 2) << "the program was killed too early or too late";
+    EXPECT_GT(interrupted, 2) << "killed too early or too late";
     EXPECT_GT(restored, 2);
 }
 
