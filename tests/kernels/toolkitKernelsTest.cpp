@@ -138,9 +138,10 @@ INSTANTIATE_TEST_SUITE_P(Shapes, CopyArea,
 
 TEST(FillOutside, KeepsTheAreaAlone) {
     Random random(5);
-    for (int round = 0; round < 400; ++round) {
-        const int width = random.between(1, 67);
-        const int height = random.between(1, 20);
+    for (int round = 0; round < 412; ++round) {
+        const bool large = round >= 400;  // stores past the caches
+        const int width = large ? random.between(1001, 1400) : random.between(1, 67);
+        const int height = large ? 1500 : random.between(1, 20);
         const auto source = random.pixels(std::int64_t{width} * height);
         const int left = random.between(0, width);
         const int bottom = random.between(0, height);
