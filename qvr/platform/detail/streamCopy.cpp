@@ -52,7 +52,7 @@ __attribute__((target("avx512f"))) void streamRow(std::uint8_t* to, const std::u
 __attribute__((target("avx512f"))) void fillRow(std::uint8_t* to, std::size_t bytes, std::uint8_t value) {
     const auto [head, whole] = linesOf(to, bytes);
     std::memset(to, value, head);
-    const __m512i line = _mm512_set1_epi32(value * 0x01010101);
+    const __m512i line = _mm512_set1_epi8(static_cast<char>(value));
     for (std::size_t i = head; i < head + whole; i += kLine)
         _mm512_stream_si512(reinterpret_cast<__m512i*>(to + i), line);
     std::memset(to + head + whole, value, bytes - head - whole);
