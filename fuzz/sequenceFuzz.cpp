@@ -1,28 +1,22 @@
 // Sequences of operations on an examination and on a standalone image. Whatever a host asks for in whatever order: the
 // invariants hold, and an acquired image that was not rejected is still somewhere.
 #include <qvr/qvr.h>
-#include <unistd.h>
 
-#include <filesystem>
 #include <memory>
 #include <string>
 
 #include "fuzz/bytes.h"
 #include "fuzz/targets.h"
+#include "tests/support/temporaryFolder.h"
 
 namespace {
 
 constexpr int kSeries = 7;
 
-// Files of a run, in memory where there is such a folder.
+// Files of a run.
 const std::string& folder() {
-    static const std::string path = [] {
-        const std::string base = ::access("/dev/shm", W_OK) == 0 ? "/dev/shm" : "/tmp";
-        const std::string made = base + "/qvr-fuzz-" + std::to_string(::getpid());
-        std::filesystem::create_directories(made);
-        return made;
-    }();
-    return path;
+    static const TemporaryFolder one(TemporaryFolder::quickPlace());
+    return one.path();
 }
 
 class Session {

@@ -29,7 +29,7 @@ lines() {
 bad=0
 sources=$(find qvr -name '*.h' -o -name '*.cpp' | LC_ALL=C sort)
 others=$(printf '%s\n' "$sources" | grep -v '^qvr/image/CDib')
-tests=$(find tests -name '*.h' -o -name '*.cpp' | grep -v -e /temporaryFolder.h -e /hostTest.cpp -e /sweepTest.cpp)
+tests=$(find tests fuzz -name '*.h' -o -name '*.cpp' | grep -v -e /temporaryFolder.h -e /hostTest.cpp)
 word='(^|[^A-Za-z0-9_])'
 # shellcheck disable=SC2086 # lists of files without blanks
 {
@@ -38,7 +38,7 @@ word='(^|[^A-Za-z0-9_])'
     lines "${word}(malloc|calloc|realloc|strn?dup|aligned_alloc|posix_memalign|alloca|mmap) *[(]" \
         "memory is asked for with operator new" $sources || bad=1
     lines '([.]|->)Bits([^A-Za-z0-9_]|$)' "pixels of a bitmap are reached with rowsOf" $others || bad=1
-    lines 'TempDir[(]|temp_directory_path|"/tmp' "tests write into a TemporaryFolder of their own" $tests || bad=1
+    lines 'TempDir[(]|temp_directory_path|"/tmp|"/dev/shm' "tests write into a TemporaryFolder of their own" $tests || bad=1
 }
 if grep -n '"QVR_SANITIZE"' CMakePresets.json | grep -v 'undefined,float-cast-overflow'; then
     echo "CMakePresets.json: float-cast-overflow is missing"

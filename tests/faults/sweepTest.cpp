@@ -162,9 +162,7 @@ protected:
     }
 
     Outcome* m_outcome;
-    // Memory-backed where there is such a folder: a sweep is thousands of synchronised files.
-    const TemporaryFolder m_place{::access("/dev/shm", W_OK) == 0 ? fs::path("/dev/shm")
-                                                                  : fs::temp_directory_path()};
+    const TemporaryFolder m_place{TemporaryFolder::quickPlace()};
     const fs::path m_folder = m_place / "road";
     int m_failures = 0;
 };

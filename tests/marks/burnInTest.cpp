@@ -201,8 +201,8 @@ TEST(BurnIn, WriteMarkBurnsAllItCan) {
 
 TEST(BurnInDeathTest, WithoutFontsAddingAndBurningFail) {
     GTEST_FLAG_SET(death_test_style,
-                   "threadsafe");  // a new process: the list of fonts is read once per process
-    const TemporaryFolder folder;
+                   "threadsafe");         // a new process: the list of fonts is read once per process
+    static const TemporaryFolder folder;  // the child only exits: static, so that its own is removed, too
     const std::string configuration =
         folder.file("fonts.conf", "<?xml version=\"1.0\"?><fontconfig></fontconfig>");
     EXPECT_EXIT(burnWithFontsOf(configuration), testing::ExitedWithCode(0), "");

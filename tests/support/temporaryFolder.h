@@ -2,6 +2,8 @@
 // has a folder of its own.
 #pragma once
 
+#include <unistd.h>
+
 #include <cstdint>
 #include <filesystem>
 #include <fstream>
@@ -25,6 +27,10 @@ public:
     TemporaryFolder(const TemporaryFolder&) = delete;
     TemporaryFolder& operator=(const TemporaryFolder&) = delete;
 
+    /// @return a folder in memory where there is one: for thousands of synchronised files
+    static std::filesystem::path quickPlace() {
+        return ::access("/dev/shm", W_OK) == 0 ? "/dev/shm" : std::filesystem::temp_directory_path();
+    }
     const std::string& path() const { return m_path; }
     std::string operator/(const std::string& name) const { return m_path + '/' + name; }
     /// @return path of a new file with that content
