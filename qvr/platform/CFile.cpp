@@ -9,6 +9,7 @@
 
 #include <algorithm>
 #include <cerrno>
+#include <climits>
 #include <cstdlib>
 #include <memory>
 #include <string>
@@ -23,9 +24,10 @@ namespace {
 constexpr std::size_t kLargestStep = std::size_t{1} << 30;
 constexpr std::size_t kCopyStep = std::size_t{1} << 20;
 
-// Synchronising is not supported by pipes and some devices; that is no error of the data.
+// Synchronising is not supported by pipes and some devices; that is no error of the data. EROFS is one: a file system that
+// was switched to read-only after an error has not written what it was given.
 bool isSyncError(int error) {
-    return error != EINVAL && error != ENOTSUP && error != EROFS;
+    return error != EINVAL && error != ENOTSUP;
 }
 
 }  // namespace
@@ -197,6 +199,28 @@ int CopyFileA(const char* source, const char* target, int failIfExists) {
 
 namespace qvr {
 
+namespace {
+
+// Whether stat() failed since there is no such file, rather than since it could not look.
+bool isMissing(int error) {
+    return error == ENOENT || error == ENOTDIR || error == ENAMETOOLONG;
+}
+
+// Makes a folder's names safe on disk. A folder that cannot be opened or synchronised at all is no failure.
+bool synchroniseFolder(const char* folder) {
+    const int descriptor = ::open(folder, O_RDONLY | O_DIRECTORY | O_CLOEXEC);
+    if (descriptor < 0) return true;
+    int result;
+    do {
+        result = ::fsync(descriptor);
+    } while (result != 0 && errno == EINTR);
+    const bool safe = result == 0 || !isSyncError(errno);
+    ::close(descriptor);
+    return safe;
+}
+
+}  // namespace
+
 std::optional<std::uint64_t> fileLength(const char* path) noexcept {
     struct stat status {};
     if (!path || ::stat(path, &status) != 0 || !S_ISREG(status.st_mode)) return std::nullopt;
@@ -210,7 +234,8 @@ bool fileExists(const char* path) noexcept {
 bool isSameFile(const char* a, const char* b) noexcept {
     struct stat first {};
     struct stat second {};
-    if (!a || !b || ::stat(a, &first) != 0 || ::stat(b, &second) != 0) return false;
+    if (!a || !b) return false;
+    if (::stat(a, &first) != 0 || ::stat(b, &second) != 0) return !isMissing(errno);
     return first.st_dev == second.st_dev && first.st_ino == second.st_ino;
 }
 
@@ -238,7 +263,13 @@ std::string neighbourName(const std::string& target) {
     std::string real = target;
     const std::unique_ptr<char, void (*)(void*)> resolved(::realpath(target.c_str(), nullptr), std::free);
     if (resolved) real = resolved.get();
-    return real + ".qvr-new-" + std::to_string(::getpid());
+    // The end makes way for the suffix in a name that is as long as a name can be.
+    const std::size_t name = real.rfind('/') + 1;  // 0 without a folder
+    for (std::string suffix = ".qvr-new-" + std::to_string(::getpid());; suffix += '+') {
+        const std::string kept = real.substr(0, std::min(real.size(), name + NAME_MAX - suffix.size()));
+        struct stat status {};
+        if (::lstat((kept + suffix).c_str(), &status) != 0) return kept + suffix;
+    }
 }
 
 bool replaceFile(const char* temporary, const char* target) noexcept {
@@ -253,15 +284,11 @@ bool replaceFile(const char* temporary, const char* target) noexcept {
             if (!S_ISREG(status.st_mode)) return false;  // a folder, pipe or device is never replaced
             // Who may read it stays as it was: a private file does not become a public one.
             if (::chmod(temporary, status.st_mode & 07777) != 0) return false;
+        } else if (!isMissing(errno)) {
+            return false;
         }
-        if (::rename(temporary, real.c_str()) != 0) return false;
-        // The new name is safe only when its folder is; a file system that cannot do that is no failure.
-        const int descriptor = ::open(folder.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
-        if (descriptor >= 0) {
-            ::fsync(descriptor);
-            ::close(descriptor);
-        }
-        return true;
+        // The new name is safe only when its folder is.
+        return ::rename(temporary, real.c_str()) == 0 && synchroniseFolder(folder.c_str());
     });
 }
 

@@ -32,8 +32,16 @@ struct Case {
     int result;
 };
 
-class FileCallTest : public testing::TestWithParam<Case> {
+class FileCallTest : public testing::Test {
 protected:
+    // The next such call fails, once.
+    static void fail(const char* call, int error) {
+        faults::Plan plan;
+        plan.target = faults::Target::file;
+        plan.only = call;
+        plan.error = error;
+        faults::arm(plan);
+    }
     int run(Operation operation) {
         switch (operation) {
             case write:
@@ -56,7 +64,9 @@ protected:
     rawImage m_image;
 };
 
-TEST_P(FileCallTest, DecidesTheResult) {
+class FileCallCase : public FileCallTest, public testing::WithParamInterface<Case> {};
+
+TEST_P(FileCallCase, DecidesTheResult) {
     const Case& row = GetParam();
     QVR_ST_RAW_IMAGE record{.Height = kHeight, .Width = kWidth, .BitsStored = 14, .Mode = 1};
     record.FilePath = m_source.c_str();
@@ -88,18 +98,55 @@ TEST_P(FileCallTest, DecidesTheResult) {
 }
 
 INSTANTIATE_TEST_SUITE_P(
-    Of, FileCallTest,
+    Of, FileCallCase,
     testing::Values(
         Case{write, "open", kError, EINTR, false, 1}, Case{write, "open", kError, EACCES, false, 0},
         Case{write, "write", kError, EINTR, false, 1}, Case{write, "write", kError, EIO, false, 0},
         Case{write, "write", kShort, 0, true, 1}, Case{write, "fdatasync", kError, EINTR, false, 1},
         Case{write, "fdatasync", kError, EINVAL, false, 1}, Case{write, "fdatasync", kError, EIO, false, 0},
-        Case{write, "close", kError, EINTR, false, 1}, Case{write, "close", kError, EIO, false, 0},
-        Case{read, "read", kError, EINTR, false, 1}, Case{read, "read", kError, EIO, false, 0},
-        Case{read, "read", kShort, 0, true, 1}, Case{readIn, "read", kError, EIO, false, 0},
-        Case{copy, "fdatasync", kError, EIO, false, 0}, Case{copy, "rename", kError, EIO, false, 0},
-        // the name of the copy: a file system that cannot do that is no failure
-        Case{copy, "fsync", kError, EIO, false, 1}));
+        Case{write, "fdatasync", kError, ENOTSUP, false, 1},
+        Case{write, "fdatasync", kError, EROFS, false, 0}, Case{write, "close", kError, EINTR, false, 1},
+        Case{write, "close", kError, EIO, false, 0}, Case{read, "read", kError, EINTR, false, 1},
+        Case{read, "read", kError, EIO, false, 0}, Case{read, "read", kShort, 0, true, 1},
+        Case{readIn, "read", kError, EIO, false, 0}, Case{copy, "fdatasync", kError, EIO, false, 0},
+        Case{copy, "rename", kError, EIO, false, 0},
+        // the name of the copy: a file system that does not know how to is no failure
+        Case{copy, "fsync", kError, EINVAL, false, 1}, Case{copy, "fsync", kError, EINTR, false, 1}));
+
+// What was moved is where it was and where it goes, until its new name is safe.
+TEST_F(FileCallTest, ANameThatIsNotSafeLosesNothing) {
+    QVR_ST_RAW_IMAGE record{
+        .Height = kHeight, .Width = kWidth, .BitsStored = 14, .PixelData = m_pixels.data()};
+    ASSERT_EQ(m_image.Create(&record), 1);
+    ASSERT_EQ(m_image.CreateBAKFile("1.2", m_folder.path().c_str()), 1);
+    const std::string rawCopy = m_image.GetBAKFilePath();
+    for (const int error : {EIO, EROFS, ENOSPC}) {
+        fail("fsync", error);
+        EXPECT_EQ(LIB(m_image.WriteFileForPROC(m_target.c_str())), 0);
+        faults::disarm();
+        EXPECT_EQ(faults::injected(), 1);
+        EXPECT_EQ(pixelsOf(rawCopy), m_pixels);
+        EXPECT_EQ(m_image.GetBAKFilePath(), rawCopy);
+    }
+    EXPECT_EQ(LIB(m_image.WriteFileForPROC(m_target.c_str())), 1);
+    EXPECT_EQ(pixelsOf(m_target), m_pixels);
+}
+
+// A file that cannot be looked at may be the one that must stay.
+TEST_F(FileCallTest, AWorkFileThatCannotBeToldFromTheImageFileStays) {
+    QVR_ST_RAW_IMAGE record{.Height = kHeight, .Width = kWidth, .BitsStored = 14, .Mode = 1};
+    record.FilePath = m_source.c_str();
+    std::filesystem::create_hard_link(m_source, m_target);
+    record.WorkFilePath = m_target.c_str();
+    ASSERT_EQ(m_image.Open(&record) + m_image.ReadInRAM() + m_image.WriteToHDD(), 3);
+    for (const int error : {EIO, EACCES, EOVERFLOW}) {
+        fail("stat", error);
+        LIB(m_image.Close());
+        faults::disarm();
+        EXPECT_EQ(faults::injected(), 1);
+        EXPECT_EQ(pixelsOf(m_target), m_pixels);
+    }
+}
 
 // Room that is asked for in advance does not change the length, so a killed write leaves a short file.
 TEST(FileCall, AKilledLargeWriteLeavesAShortFile) {

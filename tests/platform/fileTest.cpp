@@ -147,6 +147,29 @@ TEST_F(CopyTest, ALinkStaysALink) {
     EXPECT_EQ(contentOf(m_folder / "b"), "new");
 }
 
+TEST_F(CopyTest, NothingThatIsThereAlreadyIsWrittenTo) {
+    m_folder.file("a", m_content);
+    const std::string name = qvr::neighbourName(m_folder / "b");
+    fs::create_symlink(m_folder.file("other", "of somebody else"), name);
+    EXPECT_EQ(copy("a", "b"), 1);
+    EXPECT_EQ(contentOf(m_folder / "b"), m_content);
+    EXPECT_EQ(contentOf(m_folder / "other"), "of somebody else");
+    EXPECT_TRUE(fs::is_symlink(name) && !fs::is_symlink(m_folder / "b"));
+    EXPECT_EQ(entries(), 4);
+}
+
+TEST_F(CopyTest, ANameMayBeAsLongAsTheFileSystemTakes) {
+    m_folder.file("a", m_content);
+    for (const std::size_t length : {200u, 240u, 255u}) {
+        const std::string name(length, 'n');
+        EXPECT_EQ(copy("a", name), 1) << length;
+        EXPECT_EQ(copy("a", name), 1) << length;
+        EXPECT_EQ(contentOf(m_folder / name), m_content);
+    }
+    EXPECT_EQ(copy("a", std::string(256, 'n')), 0);
+    EXPECT_EQ(entries(), 4);
+}
+
 TEST_F(CopyTest, FailuresLeaveTheTargetAsItWas) {
     m_folder.file("a", m_content);
     m_folder.file("b", "before");

@@ -11,7 +11,8 @@ namespace qvr {
 [[nodiscard]] std::optional<std::uint64_t> fileLength(const char* path) noexcept;
 /// True when a regular file of exactly that name exists (no wildcards).
 [[nodiscard]] bool fileExists(const char* path) noexcept;
-/// True when both names lead to one file (the same device and inode); false when either is missing.
+/// True when both names lead to one file (the same device and inode), and when that cannot be found out: whoever asks is
+/// about to delete or overwrite one of them. False when either is null or missing.
 [[nodiscard]] bool isSameFile(const char* a, const char* b) noexcept;
 /// Creates a folder unless it exists. @return true when there is a folder of that name afterwards
 bool ensureFolder(const char* path) noexcept;
@@ -20,10 +21,12 @@ bool ensureFolder(const char* path) noexcept;
 /// True for a name that is one path component: not empty, no separator of any platform, no control byte.
 [[nodiscard]] bool isPlainName(const char* name) noexcept;
 
-/// A name beside `target` (beside the file it leads to, when it is a symbolic link) for a file that will replace it.
+/// A name beside `target` (beside the file it leads to, when it is a symbolic link) for a file that will replace it. Nothing
+/// stands there yet, neither a file that a killed process left nor a link to one that is not to be written to.
 [[nodiscard]] std::string neighbourName(const std::string& target);
 /// Puts the finished file `temporary` in the place of `target` in one step; a symbolic link keeps leading to it.
-/// @return true; false when that is not possible, with both files as they were
+/// @return true; false when that is not possible, with both files as they were; false, with the target replaced, when its
+///         new name cannot be made safe on disk: what it was copied from must then stay
 [[nodiscard]] bool replaceFile(const char* temporary, const char* target) noexcept;
 
 }  // namespace qvr
