@@ -8,7 +8,6 @@
 
 #include "qvr/image/QVR_COMP.h"
 #include "qvr/image/detail/automaticWindow.h"
-#include "qvr/platform/detail/files.h"
 #include "qvr/platform/detail/guard.h"
 #include "qvr/platform/detail/memory.h"
 #include "qvr/platform/detail/numbers.h"
@@ -88,6 +87,7 @@ int rawImage::WriteToHDD() {
     const CString& target = opened ? m_WorkFilePath : m_FilePath;
     if (namesRawCopy(target)) return 0;
     if (!QVR_COMP_WriteRAWFile(target, m_Width, m_Height, m_PixelData.get())) return 0;
+    if (!holdsPixels(target)) return 0;
     if (opened) m_WorkFileWritten = 1;
 
     leaveMemory();  // only now: until the file is written the pixels exist nowhere else
@@ -98,9 +98,7 @@ int rawImage::ReadInRAM() {
     if (!ValidateFile() || m_ReadInRAM || m_PixelData || m_DIB) return 0;
 
     // A record may promise more pixels than the file holds: that is found out before memory is asked for.
-    const auto count = qvr::pixelCount(m_Width, m_Height);
-    const auto length = qvr::fileLength(currentFile());
-    if (!count || !length || *length < *count * sizeof(std::uint16_t)) return 0;
+    if (!holdsPixels(currentFile())) return 0;
 
     qvr::Pixels pixels = qvr::makeUnsetPixels(m_Width, m_Height);
     if (!pixels || !QVR_COMP_ReadRAWFile(currentFile(), m_Width, m_Height, pixels.get())) return 0;

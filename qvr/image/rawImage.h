@@ -42,7 +42,7 @@ struct QVR_ST_RAW_IMAGE {
     int Mode = 0;            ///< 0 for Create, 1 for Open
     CString FilePath{};      ///< image file; empty for Create
     CString BAKFilePath{};   ///< raw copy; empty for Create
-    CString WorkFilePath{};  ///< work file; read by Open only
+    CString WorkFilePath{};  ///< work file, one for each image; read by Open only
 };
 
 namespace qvr {
@@ -61,7 +61,8 @@ public:
     // --- life and residency ------------------------------------------------------------------------------------
 
     /// A new image from acquired pixels; resident afterwards. Without a window it gets the automatic one. No file is
-    /// written: call CreateBAKFile next, since until then the pixels exist in memory only.
+    /// written: call CreateBAKFile next, since until then the pixels exist in memory only. Marks and undo copies of an
+    /// earlier image of this object stay: an object for each image is what a host wants.
     /// @param record  copied, its pixels too, which may be this image's own
     /// @return 0 for a null record or null pixels, with nothing changed; 0 for a bad size or without memory, with the
     ///         fields taken over, but no pixels and no bitmap
@@ -73,7 +74,7 @@ public:
     /// Writes the pixels to the image file (new image) or the work file (opened image) and frees them with the bitmap.
     /// Marks, window, zoom and pan stay.
     /// @return 0 when the files do not validate, nothing is resident, the file to write is the raw copy under another
-    ///         name, or it cannot be written; the image then stays resident and unchanged
+    ///         name, or it cannot be written or is none (a pipe, a device); the image then stays resident and unchanged
     int WriteToHDD();
     /// Reads the pixels into memory: from the work file where there is one, else from the image file. An image without
     /// a window gets the automatic one. The bitmap is not built: call BuildDisplayImage.
@@ -205,16 +206,19 @@ public:
     /// Moves a new image's raw copy to a path of the host's, which becomes the raw copy's path: RejectImage deletes it
     /// there. An existing file is replaced in one step.
     /// @return 0, with nothing changed, for an opened image, null, a path that names the raw copy or the image file
-    ///         itself, and when the file cannot be copied
+    ///         itself, and when the file cannot be copied; 0, with the raw copy in both places and its path unchanged,
+    ///         when the new name cannot be made safe on disk
     int WriteFileForPROC(const char* path);
     /// New image: writes the current pixels with all marks burned in to a path of the host's, deletes the image file (not
     /// when it is the raw copy) and takes the path as the image file's. RejectImage then deletes it there, and a later
     /// WriteToHDD replaces it by pixels without marks. The image's own pixels and marks stay. An existing file is replaced in one step.
     /// Opened image: commits the current pixels to the image file in one step - from memory, or from the work file when
     /// not resident; path and surface are not used, and no mark is burned. An earlier work file stays and is still what
-    /// reads take.
+    /// reads take. A work file that is too short for the pixels is not committed.
+    /// A killed export leaves a file PATH.qvr-new-NUMBER beside the target.
     /// @return 0, with nothing changed, when a mark cannot be burned (WriteMark), for null or a path that names the raw
-    ///         copy, when the pixels cannot be read or the file cannot be written, and without memory
+    ///         copy, when the pixels cannot be read or the file cannot be written, and without memory; 0, with the target
+    ///         replaced and everything else unchanged, when its new name cannot be made safe on disk
     int WriteFileForPRES(const char* path, CDC* surface);
 
     // --- undo copies -------------------------------------------------------------------------------------------
@@ -289,6 +293,7 @@ private:
     void leaveMemory();
     const CString& currentFile() const;
     bool namesRawCopy(const CString& path) const;
+    bool holdsPixels(const CString& path) const;
     qvr::DisplaySource displaySource() const;
     qvr::DisplayView view() const;
     void setView(const qvr::DisplayView& view);

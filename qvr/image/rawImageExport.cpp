@@ -117,5 +117,6 @@ int rawImage::exportNewImage(const char* path, CDC* surface) {
 int rawImage::commitOpenedImage() {
     if (m_FilePath.IsEmpty() || namesRawCopy(m_FilePath)) return 0;
     if (m_ReadInRAM) return writeReplacing(m_FilePath, m_Width, m_Height, m_PixelData.get()) ? 1 : 0;
-    return CopyFileA(m_WorkFilePath, m_FilePath, 0);
+    // A work file that a killed or failed write left short would replace a whole image.
+    return holdsPixels(m_WorkFilePath) ? CopyFileA(m_WorkFilePath, m_FilePath, 0) : 0;
 }

@@ -7,6 +7,7 @@
 #include "qvr/platform/CFile.h"
 #include "qvr/platform/detail/files.h"
 #include "qvr/platform/detail/guard.h"
+#include "qvr/platform/detail/numbers.h"
 
 namespace {
 
@@ -29,6 +30,7 @@ int rawImage::CreateBAKFile(const char* name, const char* directory) {
 
         qvr::ensureFolder(folder.c_str());  // without it the write fails
         if (!QVR_COMP_WriteRAWFile(rawCopyPath, m_Width, m_Height, m_PixelData.get())) return 0;
+        if (!holdsPixels(rawCopyPath)) return 0;
         m_BAKFilePath = std::move(rawCopyPath);
         m_FilePath = std::move(imagePath);
         return 1;
@@ -68,6 +70,14 @@ void rawImage::Close() {
 // Whether a path is the raw copy, under the same name or another one: the pixels as acquired are never written over.
 bool rawImage::namesRawCopy(const CString& path) const {
     return (!path.IsEmpty() && path == m_BAKFilePath) || qvr::isSameFile(path, m_BAKFilePath);
+}
+
+// Whether a file has room for all pixels: not one that was left short, nor a pipe or device, which takes every byte and
+// gives none back.
+bool rawImage::holdsPixels(const CString& path) const {
+    const auto count = qvr::pixelCount(m_Width, m_Height);
+    const auto length = qvr::fileLength(path);
+    return count && length && *length >= *count * sizeof(std::uint16_t);
 }
 
 // Where the current pixels are while the image is not resident.

@@ -1,9 +1,14 @@
 // dcmExam: positions become studies and series, and images enter and leave the list of resident ones.
 #include "qvr/model/dcmExam.h"
 
+#include <functional>
+#include <span>
 #include <utility>
 
+#include "qvr/image/rawImage.h"
 #include "qvr/platform/detail/guard.h"
+#include "qvr/platform/detail/memory.h"
+#include "qvr/platform/detail/numbers.h"
 
 namespace {
 
@@ -19,6 +24,19 @@ template <class Object>
 Object* keep(std::vector<std::unique_ptr<Object>>& list, std::unique_ptr<Object> object) {
     list.push_back(std::move(object));
     return list.back().get();
+}
+
+// The pixels that a series has in memory, or none.
+std::span<const std::uint16_t> pixelsOf(const dcmSeries* series) {
+    dcmImage* const image = series ? series->GetDcmImage() : nullptr;
+    const rawImage* const raw = image ? image->GetRawImage() : nullptr;
+    if (!raw || !raw->GetPixelData()) return {};
+    return {raw->GetPixelData(), qvr::pixelCount(raw->GetWidth(), raw->GetHeight()).value_or(0)};
+}
+
+bool liesIn(std::span<const std::uint16_t> pixels, const std::uint16_t* address) {
+    const std::less<const std::uint16_t*> before;
+    return !before(address, pixels.data()) && before(address, pixels.data() + pixels.size());
 }
 
 }  // namespace
@@ -74,6 +92,16 @@ dcmImage* dcmExam::CreateImage(int study, int series, const QVR_ST_IMAGE* record
     if (!target || !record || !directory || !rectangle) return nullptr;
     return qvr::guarded<dcmImage*>(nullptr, [&]() -> dcmImage* {
         m_SeriesInRAM.reserveOne();
+        // A host may acquire anew what an image holds: its pixels must not leave memory before they are copied.
+        QVR_ST_IMAGE apart;
+        qvr::Pixels pixels;
+        if (m_SeriesInRAM.isFull() && liesIn(pixelsOf(m_SeriesInRAM.newest()), record->PixelData)) {
+            apart = *record;
+            pixels = qvr::copyPixels(record->Width, record->Height, record->PixelData);
+            if (!pixels) return nullptr;
+            apart.PixelData = pixels.get();
+            record = &apart;
+        }
         m_SeriesInRAM.makeRoomFromNewest();
         if (!target->CreateImage(record, directory, rectangle, surface)) return nullptr;
         m_SeriesInRAM.append(target);

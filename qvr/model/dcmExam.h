@@ -48,8 +48,8 @@ public:
 
     /// A new image from acquired pixels (dcmSeries::CreateImage), counted as resident. When five are, the newest of them
     /// is written out first, whether or not this acquisition then succeeds.
-    /// @return the image entity; null, with nothing changed, for a missing series and for a null record, directory or
-    ///         rectangle; null as dcmSeries::CreateImage, whose image may then be resident without being counted
+    /// @return the image entity; null, with nothing changed, for a missing series, for a null record, directory or
+    ///         rectangle, and when there is no memory to copy pixels that lie in the image that would leave; null as dcmSeries::CreateImage, whose image may then be resident without being counted
     dcmImage* CreateImage(int study, int series, const QVR_ST_IMAGE* record, const char* directory,
                           const RECT* rectangle, CDC* surface);
     /// An image from stored files, read into memory when that is possible (never with a null rectangle) and then counted;

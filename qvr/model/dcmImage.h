@@ -38,7 +38,7 @@ struct QVR_ST_IMAGE {
     int BAKHeight = 0;          ///< Open
     CString FilePath{};         ///< Open: image file
     CString BAKFilePath{};      ///< Open: raw copy
-    CString WorkFilePath{};     ///< Open: work file
+    CString WorkFilePath{};     ///< Open: work file, one for each image
     CString ImageLaterality{};  ///< read by dcmDXImage
 };
 

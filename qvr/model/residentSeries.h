@@ -20,6 +20,7 @@ public:
 
     /// Makes sure that the next append cannot fail. Throws when there is no memory.
     void reserveOne() { m_series.reserve(m_series.size() + 1); }
+    dcmSeries* newest() const { return at(count() - 1); }
     void append(dcmSeries* series) { m_series.push_back(series); }
     void remove(const dcmSeries* series);
 

@@ -306,6 +306,8 @@ TEST_F(ExportTest, AnOpenedImageCommitsItsPixelsWithoutMarksOrLeavesItsFile) {
         EXPECT_EQ(m_image.GetFilePath(), m_own);
         EXPECT_EQ(files(), before);  // the work file stays where there is one
     }
+    fs::resize_file(m_folder / "work.raw", kWidth * kHeight * 2 - 1);
+    EXPECT_EQ(m_image.WriteFileForPRES(nullptr, nullptr), 0) << "what a killed write left";
     fs::remove(m_folder / "work.raw");
     EXPECT_EQ(m_image.WriteFileForPRES(nullptr, nullptr), 0) << "nothing to commit";
     EXPECT_EQ(pixelsOf(m_own), m_pixels);

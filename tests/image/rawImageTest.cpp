@@ -269,6 +269,29 @@ TEST_F(RawImageTest, FullDiskKeepsTheImageInMemory) {
     EXPECT_EQ(State(m_image), before);
 }
 
+// A device and a pipe take every byte and give none back.
+TEST_F(RawImageTest, WhatIsNoFileKeepsTheImageInMemory) {
+    fs::create_directory(m_folder / "Cache");
+    fs::create_symlink("/dev/null", m_folder / "Cache/R.1.raw");
+    const auto record = newRecord(kWidth, kHeight, m_pixels);
+    ASSERT_EQ(m_image.Create(&record), 1);
+    EXPECT_EQ(m_image.CreateBAKFile("1", m_folder.path().c_str()), 0);
+    EXPECT_STREQ(m_image.GetBAKFilePath(), "");
+
+    acquire();
+    const State before(m_image);
+    fs::create_symlink("/dev/null", m_folder / "Cache/I.1.2.3.raw");
+    EXPECT_EQ(m_image.WriteToHDD(), 0);
+    EXPECT_EQ(State(m_image), before);
+
+    auto stored = storedRecord();
+    stored.WorkFilePath = "/dev/null";
+    open(stored);
+    ASSERT_EQ(m_image.ReadInRAM(), 1);
+    EXPECT_EQ(m_image.WriteToHDD(), 0);
+    EXPECT_TRUE(holds(m_pixels));
+}
+
 // --- update, copy -------------------------------------------------------------------------------------------------
 
 TEST_F(RawImageTest, UpdateInMemoryKeepsRatiosAndDropsOffsets) {

@@ -37,6 +37,17 @@ TEST_F(ResidencyTest, AnAcquisitionEvictsTheNewestAndAnActivationTheOldest) {
     EXPECT_TRUE(resident(fifth, 5));
 }
 
+TEST_F(ResidencyTest, AnAcquisitionMayBeOfTheImageThatLeaves) {
+    const List all = acquireSeries(5);
+    dcmSeries* const again = plan();
+    QVR_ST_IMAGE record = imageRecord(6);
+    record.PixelData = raw(all[5])->GetPixelData();
+    EXPECT_TRUE(m_exam.CreateImage(0, 5, &record, m_folder.path().c_str(), &kScreen, &m_surface));
+    EXPECT_TRUE(writtenOut(all[5], 5));
+    EXPECT_TRUE(resident(again, 5));
+    EXPECT_EQ(pixelsOf(rawCopy(6)), picture(5));
+}
+
 TEST_F(ResidencyTest, FailedWriteStopsAnActivationButNotAnAcquisition) {
     const List all = acquireSeries(6);
     const List before = counted();
