@@ -67,7 +67,9 @@ int rawImage::Open(const QVR_ST_RAW_IMAGE* record) {
         CString workFilePath = record->WorkFilePath;
 
         // What was written out is newer only for the image that it was written of.
-        if (filePath != m_FilePath || workFilePath != m_WorkFilePath) m_WorkFileWritten = 0;
+        const bool sameImage = filePath == m_FilePath && workFilePath == m_WorkFilePath &&
+                               record->Width == m_Width && record->Height == m_Height;
+        if (!sameImage) m_WorkFileWritten = 0;
         takeGeometry(*record);
         m_FilePath = std::move(filePath);
         m_BAKFilePath = std::move(rawCopyPath);

@@ -68,7 +68,7 @@ public:
     ///         fields taken over, but no pixels and no bitmap
     int Create(const QVR_ST_RAW_IMAGE* record);
     /// An image from stored files; not resident afterwards, and what was resident is released. A work file that this object
-    /// wrote is read again only when image file and work file are the same as before.
+    /// wrote is read again only when image file, work file and size are the same as before.
     /// @return the result of ValidateFile; 0 for a null record, with nothing changed
     int Open(const QVR_ST_RAW_IMAGE* record);
     /// Writes the pixels to the image file (new image) or the work file (opened image) and frees them with the bitmap.
@@ -115,7 +115,7 @@ public:
     /// What the last ValidateFile found out about the raw copy.
     int IsBAKFileValid() const { return m_BAKFileValid; }
     /// Deletes the raw copy; path and IsBAKFileValid stay.
-    /// @return 0 when there is no path or the file cannot be deleted
+    /// @return 0 when there is no path, the raw copy is the image file too, or the file cannot be deleted
     int RemoveBAKFile();
     /// Deletes the work file of an opened image, unless it is the image file or the raw copy itself. Changes nothing
     /// else, so later reads and write-outs of that image fail: close comes last.
@@ -157,7 +157,8 @@ public:
 
     /// Adds a mark along the top edge of the image and draws it.
     /// @param text  UTF-8; null is empty
-    /// @return 1; 0, with nothing added or drawn, when there are three marks or the text does not fit at font height 50
+    /// @return 1; 0, with nothing added or drawn, when there are three marks, the text does not fit at font height 50 or has
+    ///         more than 4096 bytes
     int AddMark(const char* text, const RECT* rectangle, CDC* surface);
     /// The next larger of the font heights 30, 40 and 50, kept inside the image's right and bottom edges.
     void InflateMark(int index, const RECT* rectangle, CDC* surface);
@@ -184,7 +185,8 @@ public:
     int GetMark(int index, CMark& out) const;
     /// Burns the text of every mark into a pixel buffer: each pixel under it becomes the brightest value of the depth.
     /// The font height follows the present zoom (GetYRatio), so burn from the fitted view.
-    /// @param pixels  width * height values: the image's own, or a copy of them
+    /// @param pixels  width * height values: the image's own, or a copy of them. Own ones that a surface replaces meanwhile
+    ///                by calling back are burned when their size is the same
     /// @return 1, also without marks; 0 when a mark could not be burned (another depth than 10, 12, 14 or 16, no
     ///         zoom, no usable font, no memory); the other marks are burned all the same
     int WriteMark(int width, int height, std::uint16_t* pixels, int bitsStored, CDC* surface);
@@ -206,7 +208,7 @@ public:
     /// Moves a new image's raw copy to a path of the host's, which becomes the raw copy's path: RejectImage deletes it
     /// there. An existing file is replaced in one step.
     /// @return 0, with nothing changed, for an opened image, null, a path that names the raw copy or the image file
-    ///         itself, and when the file cannot be copied; 0, with the raw copy in both places and its path unchanged,
+    ///         itself, when those two are one file, and when the file cannot be copied; 0, with the raw copy in both places and its path unchanged,
     ///         when the new name cannot be made safe on disk
     int WriteFileForPROC(const char* path);
     /// New image: writes the current pixels with all marks burned in to a path of the host's, deletes the image file (not
@@ -214,7 +216,7 @@ public:
     /// WriteToHDD replaces it by pixels without marks. The image's own pixels and marks stay. An existing file is replaced in one step.
     /// Opened image: commits the current pixels to the image file in one step - from memory, or from the work file when
     /// not resident; path and surface are not used, and no mark is burned. An earlier work file stays and is still what
-    /// reads take. A work file that is too short for the pixels is not committed.
+    /// reads take. A work file that is too short for the pixels or is the raw copy is not committed.
     /// A killed export leaves a file PATH.qvr-new-NUMBER beside the target.
     /// @return 0, with nothing changed, when a mark cannot be burned (WriteMark), for null or a path that names the raw
     ///         copy, when the pixels cannot be read or the file cannot be written, and without memory; 0, with the target

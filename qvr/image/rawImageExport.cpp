@@ -48,7 +48,7 @@ bool sameTarget(const char* a, const CString& b) {
 bool writeReplacing(const char* path, int width, int height, const std::uint16_t* pixels) {
     const bool exists = qvr::isSameFile(path, path);
     if (exists && !qvr::fileExists(path)) return false;  // a folder, pipe or device is never replaced
-    const std::string temporary = qvr::neighbourName(path);
+    const std::string temporary = qvr::makeNeighbour(path);
     const bool done = QVR_COMP_WriteRAWFile(temporary.c_str(), width, height, pixels) &&
                       qvr::replaceFile(temporary.c_str(), path);
     if (!done) DeleteFileA(temporary.c_str());
@@ -74,7 +74,7 @@ int rawImage::CreatePrintImage12Bits(int width, int height, const std::uint16_t*
 int rawImage::WriteFileForPROC(const char* path) {
     if (m_Mode != 0 || !path || !*path) return 0;
     // Onto the image file the raw copy would replace the current pixels, or be replaced by them later.
-    if (sameTarget(path, m_BAKFilePath) || sameTarget(path, m_FilePath)) return 0;
+    if (sameTarget(path, m_BAKFilePath) || sameTarget(path, m_FilePath) || namesRawCopy(m_FilePath)) return 0;
     return qvr::guarded(0, [&] {
         CString target(path);
         if (!CopyFileA(m_BAKFilePath, target, 0)) return 0;
@@ -95,7 +95,8 @@ int rawImage::exportNewImage(const char* path, CDC* surface) {
     if (!path || !*path) return 0;
     CString target(path);
     if (namesRawCopy(target)) return 0;
-    // Kept aside: a surface that calls back while a mark is burned may change the image's size.
+    // Kept aside: a surface that calls back while a mark is burned may change the image's size and files.
+    const CString ownPath = m_FilePath;
     const int width = m_Width;
     const int height = m_Height;
     qvr::Pixels pixels;
@@ -107,6 +108,7 @@ int rawImage::exportNewImage(const char* path, CDC* surface) {
         if (!pixels || !QVR_COMP_ReadRAWFile(m_FilePath, width, height, pixels.get())) return 0;
     }
     if (!WriteMark(width, height, pixels.get(), m_BitsStored, surface)) return 0;
+    if (m_Mode != 0 || m_FilePath != ownPath || namesRawCopy(target)) return 0;
     if (!writeReplacing(target, width, height, pixels.get())) return 0;
 
     if (!sameTarget(target, m_FilePath) && !namesRawCopy(m_FilePath)) DeleteFileA(m_FilePath);
@@ -116,6 +118,7 @@ int rawImage::exportNewImage(const char* path, CDC* surface) {
 
 int rawImage::commitOpenedImage() {
     if (m_FilePath.IsEmpty() || namesRawCopy(m_FilePath)) return 0;
+    if (!m_ReadInRAM && namesRawCopy(m_WorkFilePath)) return 0;  // never written to: not the current pixels
     if (m_ReadInRAM) return writeReplacing(m_FilePath, m_Width, m_Height, m_PixelData.get()) ? 1 : 0;
     // A work file that a killed or failed write left short would replace a whole image.
     return holdsPixels(m_WorkFilePath) ? CopyFileA(m_WorkFilePath, m_FilePath, 0) : 0;

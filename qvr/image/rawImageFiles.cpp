@@ -57,7 +57,7 @@ int rawImage::ValidateFile() {
 }
 
 int rawImage::RemoveBAKFile() {
-    return m_BAKFilePath.IsEmpty() ? 0 : DeleteFileA(m_BAKFilePath);
+    return m_BAKFilePath.IsEmpty() || namesRawCopy(m_FilePath) ? 0 : DeleteFileA(m_BAKFilePath);
 }
 
 void rawImage::Close() {

@@ -1,4 +1,5 @@
 // Marks: rawImage hands its view to the list of marks and draws what is in it.
+#include <functional>
 #include <utility>
 
 #include "qvr/image/detail/bitmapRows.h"
@@ -85,11 +86,18 @@ int rawImage::GetMark(int index, CMark& out) const {
 }
 
 int rawImage::WriteMark(int width, int height, std::uint16_t* pixels, int bitsStored, CDC* surface) {
+    const bool own = pixels && pixels == m_PixelData.get();
+    const int ownWidth = m_Width;
+    const int ownHeight = m_Height;
+    const auto target = [&] {
+        if (!own) return pixels;
+        return m_Width == ownWidth && m_Height == ownHeight ? m_PixelData.get() : nullptr;
+    };
     int done = 1;
     for (int index = 0; m_MarkList.has(index); ++index) {
         const int burned = qvr::guarded(0, [&] {
             const CMark copy = m_MarkList.at(index);
-            return qvr::BurnInMark(width, height, pixels, bitsStored, &copy, m_YRatio, surface);
+            return qvr::BurnInMark(width, height, std::ref(target), bitsStored, &copy, m_YRatio, surface);
         });
         if (!burned) done = 0;
     }

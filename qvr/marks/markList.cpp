@@ -2,6 +2,7 @@
 #include "qvr/marks/markList.h"
 
 #include <algorithm>
+#include <cstring>
 #include <utility>
 
 #include "qvr/marks/detail/markText.h"
@@ -10,8 +11,16 @@
 
 namespace qvr {
 
+namespace {
+
+// No image is wide enough for more, and the time for one mark is bounded.
+constexpr std::size_t kLongestText = 4096;
+
+}  // namespace
+
 bool MarkList::add(const char* text, const MarkView& view, const RECT& rectangle, CDC& surface) {
     if (count() >= kMaxMarks) return false;
+    if (text && ::strnlen(text, kLongestText + 1) > kLongestText) return false;
     const MarkFrame frame = placementFrame(view, rectangle);
     const int column = newMarkColumn(view, count());
     const CPoint position = newMarkPosition(view, rectangle, frame, column);

@@ -10,7 +10,7 @@
 #include <algorithm>
 #include <cerrno>
 #include <climits>
-#include <cstdlib>
+#include <filesystem>
 #include <memory>
 #include <string>
 
@@ -47,7 +47,8 @@ CFile::~CFile() {
 
 int CFile::Open(const char* path, unsigned mode) {
     if (!path) return 0;
-    if (m_descriptor >= 0) qvr::guarded([this] { CFile::Close(); });
+    const bool closed = qvr::guarded(false, [this] { return CFile::Close(), true; });
+    if (!closed) return 0;
 
     const unsigned access = mode & 3U;
     int flags = access == modeRead ? O_RDONLY : access == modeWrite ? O_WRONLY : O_RDWR;
@@ -133,6 +134,22 @@ void CFile::Close() {
     if (error != 0) throw CFileException(error);
 }
 
+namespace {
+
+// A pattern for fnmatch(): only * and ? stand for others. "*.*" means every entry, also one without a dot, as a
+// framework's find does.
+std::string withoutOtherWildcards(const std::string& name) {
+    if (name == "*.*") return "*";
+    std::string pattern;
+    for (const char character : name) {
+        if (character == '[' || character == '\\') pattern += '\\';
+        pattern += character;
+    }
+    return pattern;
+}
+
+}  // namespace
+
 int CFileFind::FindFile(const char* pattern) {
     return qvr::guarded(0, [&] {
         if (!pattern) return 0;
@@ -143,12 +160,11 @@ int CFileFind::FindFile(const char* pattern) {
         if (name.find_first_of("*?") == std::string::npos) return ::stat(pattern, &status) == 0 ? 1 : 0;
 
         const std::string folder = slash == std::string::npos ? "." : path.substr(0, slash + 1);
+        const std::string wanted = withoutOtherWildcards(name);
         const std::unique_ptr<DIR, int (*)(DIR*)> entries(::opendir(folder.c_str()), ::closedir);
         if (!entries) return 0;
-        // "*.*" means every entry, also one without a dot, as a framework's find does.
-        const std::string wanted = name == "*.*" ? "*" : name;
         while (const dirent* entry = ::readdir(entries.get()))
-            if (::fnmatch(wanted.c_str(), entry->d_name, FNM_NOESCAPE) == 0) return 1;
+            if (::fnmatch(wanted.c_str(), entry->d_name, 0) == 0) return 1;
         return 0;
     });
 }
@@ -172,7 +188,8 @@ bool copyInto(const char* source, const char* temporary, mode_t permissions) {
     if (!out.Open(temporary, CFile::modeWrite | CFile::modeCreate)) return false;
     while (const std::size_t count = in.Read(buffer.get(), kCopyStep)) out.Write(buffer.get(), count);
     out.Close();
-    return ::chmod(temporary, permissions) == 0;
+    // A stick or a share without permissions refuses any change of them, and has the copy all the same.
+    return ::chmod(temporary, permissions) == 0 || errno == EPERM || errno == ENOTSUP;
 }
 
 }  // namespace
@@ -187,7 +204,7 @@ int CopyFileA(const char* source, const char* target, int failIfExists) {
         if (exists && (failIfExists || !S_ISREG(to.st_mode))) return 0;
         if (exists && from.st_dev == to.st_dev && from.st_ino == to.st_ino) return 0;
 
-        const std::string temporary = qvr::neighbourName(target);
+        const std::string temporary = qvr::makeNeighbour(target);
         const mode_t permissions = (exists ? to.st_mode : from.st_mode) & 07777;
         const bool copied =
             qvr::guarded(false, [&] { return copyInto(source, temporary.c_str(), permissions); });
@@ -204,6 +221,17 @@ namespace {
 // Whether stat() failed since there is no such file, rather than since it could not look.
 bool isMissing(int error) {
     return error == ENOENT || error == ENOTDIR || error == ENAMETOOLONG;
+}
+
+// The file that a name leads to, which need not be there: a symbolic link stays a link, and what gets replaced is its file.
+std::string linkedFile(const std::string& name) {
+    namespace fs = std::filesystem;
+    constexpr int kMostLinks = 40;  // the system's own limit
+    fs::path path(name);
+    std::error_code error;
+    for (int links = 0; links < kMostLinks && fs::is_symlink(path, error); ++links)
+        path = path.parent_path() / fs::read_symlink(path, error);
+    return path.string();
 }
 
 // Makes a folder's names safe on disk. A folder that cannot be opened or synchronised at all is no failure.
@@ -258,24 +286,28 @@ bool isPlainName(const char* name) noexcept {
     return true;
 }
 
-std::string neighbourName(const std::string& target) {
-    // A symbolic link stays a link: the file it leads to is what gets replaced.
-    std::string real = target;
-    const std::unique_ptr<char, void (*)(void*)> resolved(::realpath(target.c_str(), nullptr), std::free);
-    if (resolved) real = resolved.get();
-    // The end makes way for the suffix in a name that is as long as a name can be.
+std::string makeNeighbour(const std::string& target) {
+    const std::string real = linkedFile(target);
     const std::size_t name = real.rfind('/') + 1;  // 0 without a folder
     for (std::string suffix = ".qvr-new-" + std::to_string(::getpid());; suffix += '+') {
+        // The end makes way for the suffix in a name that is as long as a name can be.
         const std::string kept = real.substr(0, std::min(real.size(), name + NAME_MAX - suffix.size()));
-        struct stat status {};
-        if (::lstat((kept + suffix).c_str(), &status) != 0) return kept + suffix;
+        std::string neighbour = kept + suffix;  // returned without a copy, which could fail
+        int descriptor;
+        do {
+            descriptor = ::open(neighbour.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0666);
+        } while (descriptor < 0 && errno == EINTR);
+        if (descriptor >= 0) {
+            ::close(descriptor);
+            return neighbour;
+        }
+        if (errno != EEXIST) throw CFileException(errno);
     }
 }
 
 bool replaceFile(const char* temporary, const char* target) noexcept {
     return guarded(false, [&] {
-        const std::unique_ptr<char, void (*)(void*)> resolved(::realpath(target, nullptr), std::free);
-        const std::string real = resolved ? resolved.get() : target;
+        const std::string real = linkedFile(target);
         // Before the step that cannot be taken back: what may fail for lack of memory.
         const std::size_t slash = real.rfind('/');
         const std::string folder = slash == std::string::npos ? "." : real.substr(0, slash + 1);
@@ -283,7 +315,10 @@ bool replaceFile(const char* temporary, const char* target) noexcept {
         if (::stat(real.c_str(), &status) == 0) {
             if (!S_ISREG(status.st_mode)) return false;  // a folder, pipe or device is never replaced
             // Who may read it stays as it was: a private file does not become a public one.
-            if (::chmod(temporary, status.st_mode & 07777) != 0) return false;
+            struct stat own {};
+            const bool alike =
+                ::stat(temporary, &own) == 0 && (own.st_mode & 07777) == (status.st_mode & 07777);
+            if (!alike && ::chmod(temporary, status.st_mode & 07777) != 0) return false;
         } else if (!isMissing(errno)) {
             return false;
         }

@@ -34,7 +34,8 @@ public:
 
     /// Opens a file; an open one is closed first.
     /// @param mode  one of modeRead, modeWrite, modeReadWrite, joined with modeCreate to create or truncate
-    /// @return 1; 0 when the path is null, names a folder or cannot be opened
+    /// @return 1; 0 when the path is null, names a folder or cannot be opened, and when closing the open one raises an
+    ///         error (see Close); no file is open then
     virtual int Open(const char* path, unsigned mode);
     /// Reads until `count` bytes have come or the file ends, however often the system hands out fewer.
     /// @return bytes read

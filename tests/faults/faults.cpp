@@ -377,15 +377,15 @@ QVR_CALL(mkdir, (const char* path, mode_t mode), (path, mode))
 QVR_CALL(chmod, (const char* path, mode_t mode), (path, mode))
 QVR_CALL(stat, (const char* path, struct stat* status), (path, status))
 QVR_CALL(stat64, (const char* path, struct stat64* status), (path, status))
+QVR_CALL(lstat, (const char* path, struct stat* status), (path, status))
+QVR_CALL(lstat64, (const char* path, struct stat64* status), (path, status))
 QVR_CALL(fstat, (int descriptor, struct stat* status), (descriptor, status))
 QVR_CALL(fstat64, (int descriptor, struct stat64* status), (descriptor, status))
 QVR_CALL(fallocate, (int descriptor, int mode, off_t offset, off_t length),
          (descriptor, mode, offset, length))
 QVR_CALL_OF(off_t, -1, lseek, (int descriptor, off_t offset, int from), (descriptor, offset, from))
 QVR_CALL_OF(off64_t, -1, lseek64, (int descriptor, off64_t offset, int from), (descriptor, offset, from))
-QVR_CALL_OF(char*, nullptr, realpath, (const char* path, char* resolved), (path, resolved))
-QVR_CALL_OF(char*, nullptr, __realpath_chk, (const char* path, char* resolved, std::size_t room),
-            (path, resolved, room))
+QVR_CALL_OF(ssize_t, -1, readlink, (const char* path, char* text, std::size_t room), (path, text, room))
 QVR_CALL_OF(DIR*, nullptr, opendir, (const char* path), (path))
 QVR_CALL(fallocate64, (int descriptor, int mode, off64_t offset, off64_t length),
          (descriptor, mode, offset, length))

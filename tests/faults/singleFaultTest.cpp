@@ -132,6 +132,46 @@ TEST_F(FileCallTest, ANameThatIsNotSafeLosesNothing) {
     EXPECT_EQ(pixelsOf(m_target), m_pixels);
 }
 
+TEST_F(FileCallTest, WhatIsNotSafeOnDiskStaysInMemory) {
+    QVR_ST_RAW_IMAGE record{
+        .Height = kHeight, .Width = kWidth, .BitsStored = 14, .PixelData = m_pixels.data()};
+    for (const char* const call : {"fdatasync", "close"}) {
+        ASSERT_EQ(m_image.Create(&record), 1);
+        fail(call, EIO);
+        EXPECT_EQ(LIB(m_image.CreateBAKFile("1.2", m_folder.path().c_str())), 0);
+        faults::disarm();
+        EXPECT_EQ(faults::injected(), 1);
+        EXPECT_EQ(m_image.ValidateFile(), 0);
+        ASSERT_EQ(m_image.CreateBAKFile("1.2", m_folder.path().c_str()), 1);
+        fail(call, EIO);
+        EXPECT_EQ(LIB(m_image.WriteToHDD()), 0);
+        faults::disarm();
+        EXPECT_EQ(faults::injected(), 1);
+        EXPECT_EQ(m_image.IsReadInRAM(), 1);
+    }
+}
+
+// A stick without permissions takes no change of them.
+TEST_F(FileCallTest, PermissionsThatCannotBeSetAreDoneWithout) {
+    for (const auto& [error, result] : {std::pair{EPERM, 1}, {ENOTSUP, 1}, {EIO, 0}}) {
+        fail("chmod", error);
+        EXPECT_EQ(LIB(CopyFileA(m_source.c_str(), m_target.c_str(), 0)), result);
+        faults::disarm();
+        EXPECT_EQ(faults::injected(), 1);
+        EXPECT_EQ(std::filesystem::remove(m_target), result != 0);
+    }
+}
+
+TEST_F(FileCallTest, OpeningAnotherFileTellsThatTheFirstIsNotSafe) {
+    CFile file;
+    ASSERT_EQ(file.Open(m_target.c_str(), CFile::modeWrite | CFile::modeCreate), 1);
+    fail("fdatasync", EIO);
+    EXPECT_EQ(LIB(file.Open(m_source.c_str(), CFile::modeRead)), 0);
+    faults::disarm();
+    EXPECT_EQ(file.IsOpen(), 0);
+    EXPECT_EQ(file.Open(m_source.c_str(), CFile::modeRead), 1);
+}
+
 // A file that cannot be looked at may be the one that must stay.
 TEST_F(FileCallTest, AWorkFileThatCannotBeToldFromTheImageFileStays) {
     QVR_ST_RAW_IMAGE record{.Height = kHeight, .Width = kWidth, .BitsStored = 14, .Mode = 1};

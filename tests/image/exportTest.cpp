@@ -185,6 +185,24 @@ TEST_F(ExportTest, AnImageFileThatIsTheRawCopyIsNotDeleted) {
     EXPECT_EQ(pixelsOf(m_folder / "out.raw"), m_pixels);
 }
 
+// A record may name one file twice: it is neither deleted as the raw copy nor written over as the image file.
+TEST_F(ExportTest, ARawCopyThatIsTheImageFileStays) {
+    fs::create_directory(m_folder / "Cache");
+    fs::create_symlink("R.1.2.3.raw", m_folder / kOwn);
+    acquire();
+    EXPECT_EQ(m_image.WriteFileForPROC((m_folder / "out.raw").c_str()), 0);
+    EXPECT_EQ(m_image.RemoveBAKFile(), 0);
+    EXPECT_EQ(pixelsOf(m_raw), m_acquired);
+    fs::remove(m_folder / kOwn);
+
+    open(false);
+    fs::remove(m_folder / "work.raw");
+    fs::create_hard_link(m_raw, m_folder / "work.raw");
+    m_folder.file("image.raw", m_pixels);
+    EXPECT_EQ(m_image.WriteFileForPRES(nullptr, nullptr), 0);
+    EXPECT_EQ(pixelsOf(m_own), m_pixels);
+}
+
 TEST_F(ExportTest, BadTargetsChangeNothing) {
     acquire();
     addMarks();
@@ -235,11 +253,8 @@ TEST_F(ExportTest, AMarkThatCannotBeBurnedWritesNothing) {
     refused(nullptr);
     for (const float ratio : {0.0f, NAN, -1.0f}) m_image.SetYRatio(ratio), refused(&m_surface);
     m_image.SetYRatio(1);
-    class Throwing : public RecordingDC {
-        std::unique_ptr<CRasterDC> CreateCompatibleRaster(int, int) override {
-            throw std::runtime_error("surface");
-        }
-    } throwing;
+    RecordingDC throwing;
+    throwing.onCall = [] { throw std::runtime_error("surface"); };
     refused(&throwing);
     ASSERT_EQ(m_image.Update(kWidth, kHeight, m_pixels.data(), 13, 12, 400, 300), 1);
     refused(&m_surface);
@@ -252,23 +267,41 @@ TEST_F(ExportTest, ASurfaceMayChangeTheImageMeanwhile) {
     acquire();
     addMarks();
     const Pixels expected = marked();
-    class Changing : public RecordingDC {
-    public:
-        rawImage* image = nullptr;
-
-    private:
-        std::unique_ptr<CRasterDC> CreateCompatibleRaster(int width, int height) override {
-            const Pixels larger = ramp(2 * kWidth, 3 * kHeight);
-            const float ratio = image->GetYRatio();
-            image->Update(2 * kWidth, 3 * kHeight, larger.data(), 14, 13, 400, 300);
-            image->SetYRatio(ratio);
-            return CDC::CreateCompatibleRaster(width, height);
-        }
-    } changing;
-    changing.image = &m_image;
+    RecordingDC changing;
+    changing.onCall = [&] {
+        const Pixels larger = ramp(2 * kWidth, 3 * kHeight);
+        const float ratio = m_image.GetYRatio();
+        m_image.Update(2 * kWidth, 3 * kHeight, larger.data(), 14, 13, 400, 300);
+        m_image.SetYRatio(ratio);
+    };
     const std::string target = m_folder / "out.raw";
     EXPECT_EQ(m_image.WriteFileForPRES(target.c_str(), &changing), 1);
     EXPECT_EQ(pixelsOf(target), expected);
+}
+
+// What the callback opens or exports is not what the export took its pixels from.
+TEST_F(ExportTest, AnImageThatIsReplacedMeanwhileIsNotExported) {
+    RecordingDC surface;
+    const std::string stored = m_folder.file("stored.raw", m_pixels), inner = m_folder / "inner.raw";
+    auto record = newRecord(kWidth, kHeight, m_pixels);
+    record.Mode = 1;
+    record.FilePath = stored.c_str();
+    const std::function<void()> callbacks[] = {
+        [&] { m_image.Open(&record); },
+        [&] { EXPECT_EQ(m_image.WriteFileForPRES(inner.c_str(), &m_surface), 1); }};
+    for (const auto& callback : callbacks) {
+        acquire();
+        m_image.DeleteAllMark();
+        addMarks();
+        bool called = false;
+        surface.onCall = [&] {
+            if (!std::exchange(called, true)) callback();
+        };
+        EXPECT_EQ(m_image.WriteFileForPRES((m_folder / "outer.raw").c_str(), &surface), 0);
+        EXPECT_FALSE(fs::exists(m_folder / "outer.raw"));
+        EXPECT_TRUE(fs::exists(m_image.GetFilePath()));
+    }
+    EXPECT_EQ(m_image.GetFilePath(), inner);
 }
 
 TEST_F(ExportTest, UnreadablePixelsWriteNothing) {

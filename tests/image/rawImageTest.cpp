@@ -269,6 +269,19 @@ TEST_F(RawImageTest, FullDiskKeepsTheImageInMemory) {
     EXPECT_EQ(State(m_image), before);
 }
 
+TEST_F(RawImageTest, AWorkFileOfAnotherSizeIsNotReadAgain) {
+    const auto record = storedRecord();
+    open(record);
+    const auto larger = ramp(2 * kWidth, kHeight, 9);
+    ASSERT_EQ(m_image.ReadInRAM() + m_image.Update(2 * kWidth, kHeight, larger.data(), 14, 13, 9, 9) +
+                  m_image.WriteToHDD(),
+              3);
+    open(record);
+    ASSERT_EQ(m_image.ReadInRAM(), 1);
+    EXPECT_TRUE(holds(m_pixels));
+    EXPECT_EQ(pixelsOf(m_folder / "work.raw"), larger);
+}
+
 // A device and a pipe take every byte and give none back.
 TEST_F(RawImageTest, WhatIsNoFileKeepsTheImageInMemory) {
     fs::create_directory(m_folder / "Cache");

@@ -182,6 +182,27 @@ TEST(BurnIn, WriteMarkBurnsAllItCan) {
     EXPECT_EQ(pixels, second);
 }
 
+TEST(BurnIn, OwnPixelsMayGoMeanwhile) {
+    RecordingDC surface;
+    constexpr RECT rect{0, 0, 400, 200};
+    CRasterDC shown(400, 200);
+    const Pixels small(4, 1), other(800 * 400, 9);
+    for (const bool sameSize : {false, true}) {
+        MarkedImage image;
+        image.show(800, 400, rect);
+        ASSERT_EQ(image.AddMark("L", &rect, &shown), 1);
+        surface.onCall = [&] {
+            const float ratio = image.GetYRatio();
+            sameSize ? image.Update(800, 400, other.data(), 14, 13, 5, 5)
+                     : image.Update(2, 2, small.data(), 14, 13, 5, 5);
+            image.SetYRatio(ratio);
+        };
+        EXPECT_EQ(image.WriteMark(800, 400, image.GetPixelData(), 14, &surface), sameSize);
+        const std::uint16_t* const left = image.GetPixelData();
+        EXPECT_EQ(std::count(left, left + image.GetWidth() * image.GetHeight(), 16383) > 100, sameSize);
+    }
+}
+
 // Exits with 0 when no text is measured or drawn, no mark is added or burned, and nothing is changed.
 [[noreturn]] void burnWithFontsOf(const std::string& configuration) {
     setenv("FONTCONFIG_FILE", configuration.c_str(), 1);

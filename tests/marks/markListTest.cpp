@@ -3,6 +3,7 @@
 
 #include <cmath>
 #include <limits>
+#include <optional>
 #include <utility>
 
 #include "marks/markSurface.h"
@@ -78,6 +79,21 @@ TEST_F(MarkListTest, TextMustFitAtTheLargestFont) {
     EXPECT_TRUE(m_surface.drawn.empty());
     EXPECT_EQ(m_image.GetMarkCount(), 0);
     EXPECT_EQ(add(std::string(391, 'x').c_str()), 1);
+    m_surface.percentPerLetter = 0;
+    EXPECT_EQ(add(std::string(4097, 'x').c_str()), 0) << "whatever the room";
+    EXPECT_EQ(add(std::string(4096, 'x').c_str()), 1);
+}
+
+// The surface's own small font says nothing about the room that the mark will need.
+TEST_F(MarkListTest, AFontThatCannotBeSelectedFitsNothing) {
+    std::optional<RecordingDC> surface;
+    {
+        const RefuseAllocation refusal(0);
+        surface.emplace();
+    }
+    EXPECT_EQ(m_image.AddMark("L", &kRect, &*surface), 0);
+    surface.emplace();
+    EXPECT_EQ(m_image.AddMark("L", &kRect, &*surface), 1);
 }
 
 TEST_F(MarkListTest, FontsGoInThreeSteps) {

@@ -98,6 +98,9 @@ TEST(File, NamesAreFoundMadeAndDeletedByKind) {
     EXPECT_EQ(find.FindFile((folder.file("R.1.raw", "x")).c_str()), 1);
     EXPECT_EQ(find.FindFile((folder / "R.?.raw").c_str()), 1);
     EXPECT_EQ(find.FindFile((folder / "*.bmp").c_str()), 0);
+    folder.file("x[1]\\.raw", "x");
+    EXPECT_EQ(find.FindFile((folder / "x[1]\\.*").c_str()), 1);
+    EXPECT_EQ(find.FindFile((folder / "[x]*").c_str()), 0);
     EXPECT_EQ(find.FindFile((folder / "no/*.*").c_str()), 0);
     const std::string path = folder.file("a", "x"), made = folder / "made";
     EXPECT_EQ(CreateDirectoryA(made.c_str()), 1);
@@ -145,16 +148,29 @@ TEST_F(CopyTest, ALinkStaysALink) {
     EXPECT_EQ(copy("a", "link"), 1);
     EXPECT_TRUE(fs::is_symlink(m_folder / "link"));
     EXPECT_EQ(contentOf(m_folder / "b"), "new");
+    // Through a chain, from elsewhere, to a file that is still to be made.
+    fs::create_directory(m_folder / "folder");
+    fs::create_symlink("../chained", m_folder / "folder/link");
+    fs::create_symlink(m_folder / "c", m_folder / "chained");
+    EXPECT_EQ(copy("a", "folder/link"), 1);
+    EXPECT_TRUE(fs::is_symlink(m_folder / "folder/link") && fs::is_symlink(m_folder / "chained"));
+    EXPECT_EQ(contentOf(m_folder / "c"), "new");
+    fs::create_symlink("circle", m_folder / "circle");
+    EXPECT_EQ(copy("a", "circle"), 0);
+    EXPECT_TRUE(fs::is_symlink(m_folder / "circle"));
 }
 
 TEST_F(CopyTest, NothingThatIsThereAlreadyIsWrittenTo) {
     m_folder.file("a", m_content);
-    const std::string name = qvr::neighbourName(m_folder / "b");
+    const std::string name = qvr::makeNeighbour(m_folder / "b");
+    fs::remove(name);
     fs::create_symlink(m_folder.file("other", "of somebody else"), name);
     EXPECT_EQ(copy("a", "b"), 1);
     EXPECT_EQ(contentOf(m_folder / "b"), m_content);
     EXPECT_EQ(contentOf(m_folder / "other"), "of somebody else");
     EXPECT_TRUE(fs::is_symlink(name) && !fs::is_symlink(m_folder / "b"));
+    EXPECT_EQ(CopyFileA(name.c_str(), (m_folder / "b").c_str(), 0), 1) << "the source itself has that name";
+    EXPECT_EQ(contentOf(m_folder / "b"), "of somebody else");
     EXPECT_EQ(entries(), 4);
 }
 

@@ -4,11 +4,12 @@
 #include <gtest/gtest.h>
 
 #include <functional>
+#include <memory>
 #include <stdexcept>
 #include <string>
 #include <vector>
 
-#include "qvr/platform/CDC.h"
+#include "qvr/platform/CRasterDC.h"
 
 class RecordingDC : public CDC {
 public:
@@ -59,6 +60,10 @@ public:
     int SetStretchBltMode(int mode) override {
         onCall();
         return CDC::SetStretchBltMode(mode);
+    }
+    std::unique_ptr<CRasterDC> CreateCompatibleRaster(int width, int height) override {
+        onCall();
+        return CDC::CreateCompatibleRaster(width, height);
     }
 
 private:

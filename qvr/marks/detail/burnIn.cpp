@@ -49,8 +49,15 @@ struct Visible {
 
 int BurnInMark(int width, int height, std::uint16_t* pixels, int bitsStored, const CMark* mark, float ratio,
                CDC* surface) {
+    return BurnInMark(
+        width, height, [pixels] { return pixels; }, bitsStored, mark, ratio, surface);
+}
+
+int BurnInMark(int width, int height, const std::function<std::uint16_t*()>& pixels, int bitsStored,
+               const CMark* mark, float ratio, CDC* surface) {
     const std::uint16_t value = burnValue(bitsStored);
-    if (value == 0 || !pixels || !mark || !surface || !isPositiveFinite(ratio) || !pixelCount(width, height))
+    if (value == 0 || !pixels() || !mark || !surface || !isPositiveFinite(ratio) ||
+        !pixelCount(width, height))
         return 0;
     const int fontHeight = toInt(mark->GetDISPFontHeight() / static_cast<double>(ratio) + 0.5);
     const auto gauge = surface->CreateCompatibleRaster(1, 1);
@@ -84,7 +91,9 @@ int BurnInMark(int width, int height, std::uint16_t* pixels, int bitsStored, con
         const void* const row = raster->GetRow(y);
         // The image's top row is the last row of its buffer.
         const std::int64_t bufferRow = height - 1 - (top + rows.first + y);
-        std::uint16_t* const target = pixels + (bufferRow * width + left + columns.first);
+        std::uint16_t* const first = pixels();
+        if (!first) return 0;
+        std::uint16_t* const target = first + (bufferRow * width + left + columns.first);
         for (int x = 0; x < columns.length(); ++x)
             if (isText(row, x, depth)) target[x] = value;
     }

@@ -2,6 +2,7 @@
 #pragma once
 
 #include <cstdint>
+#include <functional>
 
 #include "qvr/marks/CMark.h"
 #include "qvr/platform/CDC.h"
@@ -18,5 +19,9 @@ namespace qvr {
 ///         without a usable font, and without memory
 int BurnInMark(int width, int height, std::uint16_t* pixels, int bitsStored, const CMark* mark, float ratio,
                CDC* surface);
+/// The same for pixels that a surface may replace while the text is drawn on it.
+/// @param pixels  asked after every call of the surface; null: they are gone, and the result is 0
+int BurnInMark(int width, int height, const std::function<std::uint16_t*()>& pixels, int bitsStored,
+               const CMark* mark, float ratio, CDC* surface);
 
 }  // namespace qvr

@@ -25,7 +25,8 @@ std::optional<CSize> MarkFont::box() const {
 
 std::optional<CSize> textBox(const CMark& mark, int height, CDC& surface) {
     if (height < 1) return std::nullopt;
-    return MarkFont(mark, height, surface).box();
+    MarkFont font(mark, height, surface);
+    return font.isRefused() ? std::nullopt : font.box();
 }
 
 }  // namespace qvr

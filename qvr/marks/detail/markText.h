@@ -21,6 +21,12 @@ public:
     /// False when memory ended and the surface keeps to its stock font.
     bool isSelected() { return m_surface.SelectObject(&m_font) == &m_font; }
 
+    /// True when the surface says that it keeps another font; one that says nothing is believed.
+    bool isRefused() {
+        const CFont* const selected = m_surface.SelectObject(&m_font);
+        return selected && selected != &m_font;
+    }
+
 private:
     const CMark& m_mark;
     CDC& m_surface;

@@ -21,9 +21,11 @@ bool ensureFolder(const char* path) noexcept;
 /// True for a name that is one path component: not empty, no separator of any platform, no control byte.
 [[nodiscard]] bool isPlainName(const char* name) noexcept;
 
-/// A name beside `target` (beside the file it leads to, when it is a symbolic link) for a file that will replace it. Nothing
-/// stands there yet, neither a file that a killed process left nor a link to one that is not to be written to.
-[[nodiscard]] std::string neighbourName(const std::string& target);
+/// Makes an empty file beside `target` (beside the file it leads to, when it is a symbolic link), which will replace it. It is
+/// a new one: what stands there already, from a killed process or as a link to something else, is left alone.
+/// @return its name
+/// @throws CFileException when it cannot be made
+[[nodiscard]] std::string makeNeighbour(const std::string& target);
 /// Puts the finished file `temporary` in the place of `target` in one step; a symbolic link keeps leading to it.
 /// @return true; false when that is not possible, with both files as they were; false, with the target replaced, when its
 ///         new name cannot be made safe on disk: what it was copied from must then stay
