@@ -171,10 +171,11 @@ TEST(Text, AnOutlineTooFarAwayIsRefused) {
 }
 
 TEST(Text, VeryLongTextsEnd) {
-    std::string mixed, marks = "e";
+    std::string mixed, marks = "e", brackets, isolates;
+    while (brackets.size() < 1u << 20) brackets += "()", isolates += "\u2066a\u2069";
     while (mixed.size() < 1u << 20) mixed += "AVאב左1\xFF\u0301 ";
     while (marks.size() < 1u << 20) marks += "\u0301\u0323";
-    for (const std::string& text : {std::string(1u << 20, 'W'), mixed, marks}) {
+    for (const std::string& text : {std::string(1u << 20, 'W'), mixed, marks, brackets, isolates}) {
         const RECT rect{0, 0, 300, 50};
         EXPECT_EQ(drawn(text.c_str(), rect, 40, DT_CENTER, true, {300, 50}).height, 50);
     }

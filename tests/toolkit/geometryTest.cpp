@@ -123,6 +123,13 @@ TEST(Geometry, CutMayOverwriteItsSource) {
         EXPECT_TRUE(
             samePicture(reference::cut(from, r, width).values, buffer.data(), width, r.top - r.bottom));
     }
+    // To any place in it: behind the first rows of the part and before its last ones, above all.
+    const RECT part{2, 17, 16, 1};
+    for (std::ptrdiff_t at = 0; at < 37 * 23 - 14 * 16; ++at) {
+        auto buffer = from.values;
+        ASSERT_EQ(QVR_DISP_Cut(37, 23, buffer.data(), &part, 14, 16, buffer.data() + at), 1);
+        ASSERT_TRUE(samePicture(reference::cut(from, part, 14).values, buffer.data() + at, 14, 16)) << at;
+    }
 }
 
 }  // namespace

@@ -4,7 +4,6 @@
 #include <algorithm>
 #include <cstddef>
 #include <cstring>
-#include <functional>
 
 #include "qvr/platform/detail/streamCopy.h"
 
@@ -12,16 +11,26 @@ namespace qvr {
 
 namespace {
 
-// Whether no row overlaps its own target: the distance between the two changes evenly from row to row.
-bool rowsApart(const std::uint16_t* source, const std::uint16_t* output, const PixelArea& area,
-               std::int64_t stride, std::int64_t outputStride) {
-    const auto address = [](const std::uint16_t* value) {
+// How far in memory each row lies before its target, in values: it changes evenly from row to row.
+class RowDistances {
+public:
+    RowDistances(const std::uint16_t* source, std::int64_t stride, const std::uint16_t* output,
+                 std::int64_t outputStride)
+        : m_first(address(output) - address(source)), m_step(outputStride - stride) {}
+    std::int64_t of(std::int64_t row) const { return m_first + row * m_step; }
+    // Whether no row overlaps its own target, and all go the same way.
+    bool rowsApart(const PixelArea& area) const {
+        const auto [least, most] = std::minmax({of(0), of(area.height - 1)});
+        return least >= area.width || most <= -area.width;
+    }
+
+private:
+    static std::int64_t address(const std::uint16_t* value) {
         return static_cast<std::int64_t>(reinterpret_cast<std::uintptr_t>(value) / sizeof *value);
-    };
-    const std::int64_t first = address(output) - address(source);
-    const std::int64_t last = first + (area.height - 1) * (outputStride - stride);
-    return std::min(first, last) >= area.width || std::max(first, last) <= -area.width;
-}
+    }
+
+    std::int64_t m_first, m_step;
+};
 
 void fillRows(std::uint16_t* first, std::int64_t stride, std::int64_t count, std::int64_t rows,
               std::uint16_t value) {
@@ -42,24 +51,27 @@ void copyArea(const std::uint16_t* pixels, std::int64_t stride, const PixelArea&
     if (area.width <= 0 || area.height <= 0) return;  // either alone may be huge
     const std::uint16_t* const source = pixels + area.bottom * stride + area.left;
     const std::size_t bytes = static_cast<std::size_t>(area.width) * sizeof *output;
-    // Toward lower addresses from the first row on, toward higher ones from the last, so that no row is overwritten
-    // before it has been copied.
-    const std::less_equal<const std::uint16_t*> notAfter;
-    const bool upward = notAfter(output, source) || notAfter(source + area.height * stride, output);
-    const std::int64_t first = upward ? 0 : area.height - 1;
-    const std::int64_t step = upward ? 1 : -1;
+    const RowDistances distances(source, stride, output, outputStride);
     // Large, and no row in its own target: past the caches, which spares reading what is overwritten.
-    const std::uint16_t* const firstRow = source + first * stride;
-    std::uint16_t* const firstTarget = output + first * outputStride;
-    if (bytes * static_cast<std::size_t>(area.height) >= kStreamed &&
-        rowsApart(source, output, area, stride, outputStride)) {
+    if (bytes * static_cast<std::size_t>(area.height) >= kStreamed && distances.rowsApart(area)) {
         constexpr std::ptrdiff_t kSize = sizeof *output;
-        streamCopy(
-            {firstRow, step * stride * kSize, firstTarget, step * outputStride * kSize, bytes, area.height});
+        const bool upward = distances.of(0) < 0;
+        const std::int64_t first = upward ? 0 : area.height - 1;
+        const std::int64_t step = upward ? 1 : -1;
+        streamCopy({source + first * stride, step * stride * kSize, output + first * outputStride,
+                    step * outputStride * kSize, bytes, area.height});
         return;
     }
+    // Rows that go toward lower addresses from the first on, those that go toward higher ones from the last, so that none
+    // is overwritten before it has been copied. The two kinds do not touch each other: targets do not overlap and are in
+    // the order of their rows, so that one kind's lie before the first row of the other, or behind its last.
+    const auto copyRow = [&](std::int64_t row) {
+        std::memmove(output + row * outputStride, source + row * stride, bytes);
+    };
     for (std::int64_t row = 0; row < area.height; ++row)
-        std::memmove(firstTarget + row * step * outputStride, firstRow + row * step * stride, bytes);
+        if (distances.of(row) <= 0) copyRow(row);
+    for (std::int64_t row = area.height - 1; row >= 0; --row)
+        if (distances.of(row) > 0) copyRow(row);
 }
 
 void fillOutside(std::uint16_t* pixels, std::int64_t width, std::int64_t height, const PixelArea& area,

@@ -22,7 +22,7 @@ struct PixelArea {
 };
 
 /// Copies an area of a buffer with rows of `stride` values to `output` with rows of `outputStride` values, right also
-/// when the two overlap, provided the rows of the output are not longer.
+/// when the two overlap in any way.
 void copyArea(const std::uint16_t* pixels, std::int64_t stride, const PixelArea& area, std::uint16_t* output,
               std::int64_t outputStride);
 
