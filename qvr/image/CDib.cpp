@@ -27,13 +27,6 @@ constexpr std::array<std::uint32_t, kMaxColours> kGreys = [] {
     return greys;
 }();
 
-// Entries that a surface reads behind a header.
-std::size_t coloursOf(const BITMAPINFOHEADER& header) {
-    if (header.biBitCount > 8) return 0;
-    const std::size_t all = std::size_t{1} << header.biBitCount;
-    return header.biClrUsed == 0 ? all : std::min<std::size_t>(header.biClrUsed, all);
-}
-
 std::int64_t absolute(std::int64_t value) {
     return value < 0 ? -value : value;
 }
@@ -56,7 +49,7 @@ CDib::CDib() = default;
 CDib::CDib(int width, int height, int bitCount) {
     ComputeColorTableEntries(bitCount);
     qvr::guarded([&] {
-        auto blocks = std::make_unique<Blocks>();
+        auto blocks = std::make_shared<Blocks>();
         blocks->headerSize = kHeaderSize + sizeof(RGBQUAD) * static_cast<std::size_t>(ColorTableEntries);
         blocks->header = qvr::makeBytes(blocks->headerSize);
         if (!blocks->header) return;
@@ -131,7 +124,8 @@ bool CDib::headerAgrees() const {
     if (InfoHeader->biSize != kHeaderSize || ColorTableEntries < 0) return false;
     if (ColorTableEntries > 0 && static_cast<const void*>(ColorTable) != m_Blocks->header.get() + kHeaderSize)
         return false;
-    const std::size_t entries = std::max(static_cast<std::size_t>(ColorTableEntries), coloursOf(*InfoHeader));
+    const std::size_t entries =
+        std::max(static_cast<std::size_t>(ColorTableEntries), qvr::coloursOf(*InfoHeader));
     return kHeaderSize + sizeof(RGBQUAD) * entries <= m_Blocks->headerSize;
 }
 
@@ -214,6 +208,7 @@ int CDib::Draw(CDC* surface, int dx, int dy, int dw, int dh, int sx, int sy, int
         const std::shared_ptr<CPalette> selected = m_PaletteHandle;
         CPalette* const previous = selected ? surface->SelectPalette(selected.get(), 1) : nullptr;
         const int mode = surface->SetStretchBltMode(COLORONCOLOR);
+        const std::shared_ptr<Blocks> drawn = m_Blocks;
         const bool drawable =
             storageAgrees();  // again: the surface may have called back and changed this bitmap
         if (drawable)
@@ -262,7 +257,7 @@ void realizePalette(CDib& bitmap, CDC* surface) {
 std::unique_ptr<CDib> BitmapAccess::clone(const CDib& bitmap) {
     if (!bitmap.storageAgrees()) return nullptr;
     auto copy = std::make_unique<CDib>();
-    auto blocks = std::make_unique<CDib::Blocks>();
+    auto blocks = std::make_shared<CDib::Blocks>();
     blocks->headerSize = bitmap.m_Blocks->headerSize;
     blocks->header = makeBytes(blocks->headerSize);
     blocks->pixelsSize = bitmap.ImageSize;

@@ -90,8 +90,9 @@ public:
     ///         in front of it, 1, 4, 8, 16, 24 or 32 bits, sides of 1 … 32767, an image size of at least all rows and
     ///         at most 256 MiB), on a file error and without memory; the bitmap is then empty
     int Read(CFile* file);
-    /// Stores the bitmap in the same format. @return 1; 0 when `file` is null, the bitmap has no storage or the file
-    /// raises an error (what was written then stays)
+    /// Stores the bitmap in the same format, also one that is too large for Read. @return 1; 0 when `file` is null, the
+    /// bitmap has no storage or fewer ColorTableEntries than its header says, or the file raises an error (what was
+    /// written then stays)
     int Write(CFile* file);
     /// Reads or writes through the archive's file; the result is dropped.
     void Serialize(CArchive& archive) override;
@@ -117,7 +118,8 @@ private:
     int readStream(CFile& file);
 
     struct Blocks;
-    std::unique_ptr<Blocks> m_Blocks;           // owns the header block and the pixel storage
-    std::shared_ptr<CPalette> m_PaletteHandle;  // shared only with a surface call that is under way
+    // Both are shared only with a call on a surface or a file that is under way.
+    std::shared_ptr<Blocks> m_Blocks;  // owns the header block and the pixel storage
+    std::shared_ptr<CPalette> m_PaletteHandle;
     CPalette* m_PreviousPalette = nullptr;
 };

@@ -64,7 +64,7 @@ int CDib::readStream(CFile& file) {
     if (fileHeader.pixelOffset < kFileHeaderSize + kInfoHeaderSize || fileHeader.pixelOffset > kLargestOffset)
         return 0;
 
-    m_Blocks = std::make_unique<Blocks>();
+    m_Blocks = std::make_shared<Blocks>();
     m_Blocks->headerSize = fileHeader.pixelOffset - kFileHeaderSize;
     m_Blocks->header = qvr::makeBytes(m_Blocks->headerSize);
     if (!m_Blocks->header) return 0;
@@ -91,22 +91,36 @@ int CDib::readStream(CFile& file) {
 int CDib::Read(CFile* file) {
     Empty();
     if (!file) return 0;
-    const int done = qvr::guarded(0, [&] { return readStream(*file); });
-    if (!done) Empty();
-    return done;
+    return qvr::guarded(0, [&] {
+        CDib read;  // apart: a host's file may call back and change this bitmap
+        if (!read.readStream(*file)) return 0;
+        m_Blocks = std::move(read.m_Blocks);
+        m_PaletteHandle = std::move(read.m_PaletteHandle);
+        m_PreviousPalette = nullptr;
+        InfoHeader = read.InfoHeader;
+        ColorTable = read.ColorTable;
+        Bits = read.Bits;
+        ImageSize = read.ImageSize;
+        ColorTableEntries = read.ColorTableEntries;
+        return 1;
+    });
 }
 
 int CDib::Write(CFile* file) {
     if (!file || !storageAgrees()) return 0;
+    if (static_cast<std::size_t>(ColorTableEntries) < qvr::coloursOf(*InfoHeader)) return 0;
     return qvr::guarded(0, [&] {
+        // Kept: a host's file may call back and change this bitmap.
+        const std::shared_ptr<Blocks> blocks = m_Blocks;
+        const std::uint32_t imageSize = ImageSize;
         const std::uint32_t headerSize = kInfoHeaderSize + static_cast<std::uint32_t>(sizeof(RGBQUAD)) *
                                                                static_cast<std::uint32_t>(ColorTableEntries);
         const std::uint32_t offset = kFileHeaderSize + headerSize;
         std::uint8_t bytes[kFileHeaderSize];
-        encode({kType, offset + ImageSize, offset}, bytes);
+        encode({kType, offset + imageSize, offset}, bytes);
         file->Write(bytes, sizeof bytes);
-        file->Write(InfoHeader, headerSize);
-        file->Write(Bits, ImageSize);
+        file->Write(blocks->header.get(), headerSize);
+        file->Write(blocks->pixels.get(), imageSize);
         return 1;
     });
 }

@@ -313,6 +313,45 @@ TEST(MeddlingTest, IsNoticed) {
     }
 }
 
+// The host's own kind of file.
+class CallingFile : public CFile {
+public:
+    std::function<void()> onCall = [] {};
+    std::size_t Read(void* buffer, std::size_t count) override {
+        onCall();
+        return CFile::Read(buffer, count);
+    }
+    void Write(const void* buffer, std::size_t count) override {
+        onCall();
+        CFile::Write(buffer, count);
+    }
+};
+
+TEST(BitmapStream, AFileMayEmptyTheBitmapMeanwhile) {
+    const TemporaryFolder folder;
+    CDib bitmap;
+    CallingFile file;
+    file.onCall = [&] { bitmap.Empty(); };
+    ASSERT_EQ(file.Open(folder.file("a.bmp", kGood).c_str(), CFile::modeRead), 1);
+    EXPECT_EQ(bitmap.Read(&file), 1);
+    const std::string target = folder / "b.bmp";
+    ASSERT_EQ(file.Open(target.c_str(), CFile::modeWrite | CFile::modeCreate), 1);
+    EXPECT_EQ(bitmap.Write(&file), 1);
+    file.Close();
+    EXPECT_EQ(contentOf(target).substr(14), kGood.substr(14)) << "all but the length of the file";
+    EXPECT_TRUE(isEmpty(bitmap));
+}
+
+TEST(BitmapStream, WithoutTheColoursOfItsHeaderNoneIsWritten) {
+    const TemporaryFolder folder;
+    CDib bitmap(5, 3, 8);
+    ASSERT_TRUE(bitmap.CreateSection(nullptr));
+    bitmap.InfoHeader->biClrUsed = 0;
+    EXPECT_NE(written(bitmap, folder), "(failed)");
+    bitmap.ComputeColorTableEntries(24);
+    EXPECT_EQ(written(bitmap, folder), "(failed)");
+}
+
 TEST(Bitmap, ATableThatIsCalledLongerGivesNoPalette) {
     CDib bitmap(5, 3, 4);
     bitmap.ColorTableEntries = 17;

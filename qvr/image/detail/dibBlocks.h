@@ -1,6 +1,7 @@
 // What a bitmap owns, and the library's own door to it.
 #pragma once
 
+#include <algorithm>
 #include <cstddef>
 
 #include "qvr/image/CDib.h"
@@ -16,6 +17,13 @@ struct CDib::Blocks {
 };
 
 namespace qvr {
+
+/// Entries that are read behind a header.
+inline std::size_t coloursOf(const BITMAPINFOHEADER& header) {
+    if (header.biBitCount > 8) return 0;
+    const std::size_t all = std::size_t{1} << header.biBitCount;
+    return header.biClrUsed == 0 ? all : std::min<std::size_t>(header.biClrUsed, all);
+}
 
 struct BitmapAccess {
     static BitmapRows rows(const CDib* bitmap) noexcept;
