@@ -116,11 +116,11 @@ CSize CQVRImage::ComputeZoomRatio(const RECT* rectangle) {
 
 int CQVRImage::BuildDisplayImage(const RECT* rectangle, CDC* surface, int reset) {
     qvr::DisplayView next = view();
-    const int built = qvr::guarded(0, [&] {
-        return qvr::buildDisplay(displaySource(), rectangle, surface, reset != 0, next, m_DIB) ? 1 : 0;
+    const auto built = qvr::guarded(qvr::Built::unfilled, [&] {
+        return qvr::buildDisplay(displaySource(), rectangle, reset != 0, next, m_DIB);
     });
     setView(next);
-    return built;
+    return qvr::realized(built, m_DIB, surface);
 }
 
 int CQVRImage::UpdateDisplayImage() {

@@ -6,6 +6,7 @@
 #include <array>
 #include <cstring>
 #include <new>
+#include <utility>
 
 #include "qvr/image/detail/bitmapRows.h"
 #include "qvr/image/detail/dibBlocks.h"
@@ -26,6 +27,11 @@ constexpr std::array<std::uint32_t, kMaxColours> kGreys = [] {
     for (std::uint32_t i = 0; i < kMaxColours; ++i) greys[i] = i * 0x010101U;
     return greys;
 }();
+
+// A surface that calls back may have the palette destroyed that is to be selected again.
+std::weak_ptr<const void> lifetimeOf(const CPalette* palette) {
+    return palette ? palette->lifetime() : std::weak_ptr<const void>();
+}
 
 std::int64_t absolute(std::int64_t value) {
     return value < 0 ? -value : value;
@@ -151,6 +157,7 @@ void CDib::UsePalette(CDC* surface, int background) {
     qvr::guarded([&] {
         const std::shared_ptr<CPalette> selected = m_PaletteHandle;
         m_PreviousPalette = surface->SelectPalette(selected.get(), background);
+        m_PreviousLifetime = lifetimeOf(m_PreviousPalette);
         surface->RealizePalette();
     });
 }
@@ -186,9 +193,9 @@ bool CDib::prepare(const std::uint32_t* colours) {
 void CDib::realizePalette(CDC* surface) {
     m_PreviousPalette = nullptr;
     UsePalette(surface, 0);
-    if (!m_PreviousPalette) return;
-    qvr::guarded([&] { surface->SelectPalette(m_PreviousPalette, 0); });
-    m_PreviousPalette = nullptr;
+    CPalette* const previous = std::exchange(m_PreviousPalette, nullptr);
+    if (!previous) return;
+    qvr::guarded([&] { surface->SelectPalette(m_PreviousLifetime.expired() ? nullptr : previous, 0); });
 }
 
 int CDib::CreateFromPixels(int width, int height, const std::uint8_t* pixels, const std::uint32_t* colours,
@@ -207,6 +214,7 @@ int CDib::Draw(CDC* surface, int dx, int dy, int dw, int dh, int sx, int sy, int
     return qvr::guarded(0, [&] {
         const std::shared_ptr<CPalette> selected = m_PaletteHandle;
         CPalette* const previous = selected ? surface->SelectPalette(selected.get(), 1) : nullptr;
+        const std::weak_ptr<const void> lifetime = lifetimeOf(previous);
         const int mode = surface->SetStretchBltMode(COLORONCOLOR);
         const std::shared_ptr<Blocks> drawn = m_Blocks;
         const bool drawable =
@@ -215,7 +223,7 @@ int CDib::Draw(CDC* surface, int dx, int dy, int dw, int dh, int sx, int sy, int
             surface->StretchDIBits(dx, dy, dw, dh, sx, sy, sw, sh, Bits,
                                    reinterpret_cast<const BITMAPINFO*>(InfoHeader), rop);
         surface->SetStretchBltMode(mode);
-        if (previous) surface->SelectPalette(previous, 1);
+        if (previous) surface->SelectPalette(lifetime.expired() ? nullptr : previous, 1);
         return drawable ? 1 : 0;
     });
 }

@@ -122,4 +122,5 @@ private:
     std::shared_ptr<Blocks> m_Blocks;  // owns the header block and the pixel storage
     std::shared_ptr<CPalette> m_PaletteHandle;
     CPalette* m_PreviousPalette = nullptr;
+    std::weak_ptr<const void> m_PreviousLifetime;  // of that palette, which may be another bitmap's
 };

@@ -51,7 +51,8 @@ struct DisplayView;
 struct MarkView;
 }  // namespace qvr
 
-class QVR_API rawImage {
+/// An image that an entity owns lives until an operation of it has ended, also when the surface calls back and rejects it.
+class QVR_API rawImage : public std::enable_shared_from_this<rawImage> {
 public:
     rawImage();
     virtual ~rawImage();

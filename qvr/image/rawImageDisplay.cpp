@@ -35,13 +35,11 @@ CSize rawImage::ComputeZoomRatio(const RECT* rectangle) {
 int rawImage::BuildDisplayImage(const RECT* rectangle, CDC* surface, int reset) {
     if (!m_ReadInRAM) return 0;
     qvr::DisplayView next = view();
-    const int built = qvr::guarded(0, [&] {
-        return qvr::buildDisplay(displaySource(), rectangle, surface, reset != 0, next, m_DIB) ? 1 : 0;
+    const auto built = qvr::guarded(qvr::Built::unfilled, [&] {
+        return qvr::buildDisplay(displaySource(), rectangle, reset != 0, next, m_DIB);
     });
     setView(next);
-    // The surface may have called back and sent the image out of memory.
-    if (!m_ReadInRAM) m_DIB.reset();
-    return built;
+    return qvr::realized(built, m_DIB, surface);
 }
 
 int rawImage::UpdateDisplayImage() {
@@ -53,6 +51,7 @@ int rawImage::Convert14BitsTo8Bits() {
 }
 
 void rawImage::Draw(const RECT* rectangle, CDC* surface) {
+    const auto kept = weak_from_this().lock();
     DrawDIB(rectangle, surface, SRCCOPY);
     DrawAllMarks(rectangle, surface);
 }

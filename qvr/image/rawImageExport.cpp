@@ -85,6 +85,7 @@ int rawImage::WriteFileForPROC(const char* path) {
 }
 
 int rawImage::WriteFileForPRES(const char* path, CDC* surface) {
+    const auto kept = weak_from_this().lock();
     return qvr::guarded(0, [&] {
         if (m_Mode == 0) return exportNewImage(path, surface);
         return m_Mode == 1 ? commitOpenedImage() : 0;
@@ -94,7 +95,6 @@ int rawImage::WriteFileForPRES(const char* path, CDC* surface) {
 int rawImage::exportNewImage(const char* path, CDC* surface) {
     if (!path || !*path) return 0;
     CString target(path);
-    if (namesRawCopy(target)) return 0;
     // Kept aside: a surface that calls back while a mark is burned may change the image's size and files.
     const CString ownPath = m_FilePath;
     const int width = m_Width;

@@ -18,6 +18,7 @@ qvr::MarkView rawImage::markView() const {
 int rawImage::AddMark(const char* text, const RECT* rectangle, CDC* surface) {
     const qvr::MarkView shown = markView();
     if (!rectangle || !surface || !shown.usable()) return 0;
+    const auto kept = weak_from_this().lock();
     const bool added = qvr::guarded(false, [&] { return m_MarkList.add(text, shown, *rectangle, *surface); });
     if (!added) return 0;
     // The mark is kept first: what a surface does while drawing cannot lose it.
@@ -31,6 +32,7 @@ int rawImage::AddMark(const char* text, const RECT* rectangle, CDC* surface) {
 void rawImage::InflateMark(int index, const RECT* rectangle, CDC* surface) {
     const qvr::MarkView shown = markView();
     if (!rectangle || !surface || !shown.usable()) return;
+    const auto kept = weak_from_this().lock();
     qvr::guarded([&] { m_MarkList.inflate(index, shown, *rectangle, *surface); });
 }
 
@@ -48,11 +50,13 @@ void rawImage::MoveMark(int index, int dx, int dy, const RECT* rectangle, CDC* s
 void rawImage::SetMarkDISPLeftTop(int index, CPoint point, const RECT* rectangle, CDC* surface) {
     const qvr::MarkView shown = markView();
     if (!rectangle || !surface || !shown.usable()) return;
+    const auto kept = weak_from_this().lock();
     qvr::guarded([&] { m_MarkList.moveTo(index, point, shown, *rectangle, *surface); });
 }
 
 int rawImage::PtInMarkRect(CPoint point, CDC* surface) {
     if (!surface) return -1;
+    const auto kept = weak_from_this().lock();
     return qvr::guarded(-1, [&] { return m_MarkList.find(point, *surface); });
 }
 
@@ -86,6 +90,7 @@ int rawImage::GetMark(int index, CMark& out) const {
 }
 
 int rawImage::WriteMark(int width, int height, std::uint16_t* pixels, int bitsStored, CDC* surface) {
+    const auto kept = weak_from_this().lock();
     const bool own = pixels && pixels == m_PixelData.get();
     const int ownWidth = m_Width;
     const int ownHeight = m_Height;
@@ -106,6 +111,7 @@ int rawImage::WriteMark(int width, int height, std::uint16_t* pixels, int bitsSt
 
 void rawImage::DrawAllMarks(const RECT* rectangle, CDC* surface) {
     if (!rectangle || !surface) return;
+    const auto kept = weak_from_this().lock();
     qvr::guarded([&] { qvr::drawMarks(m_MarkList, *rectangle, *surface); });
 }
 

@@ -1,6 +1,7 @@
 // dcmExam: positions become studies and series, and images enter and leave the list of resident ones.
 #include "qvr/model/dcmExam.h"
 
+#include <algorithm>
 #include <functional>
 #include <span>
 #include <utility>
@@ -179,7 +180,8 @@ int dcmExam::WriteSeriesToHDD(dcmSeries* series) {
 }
 
 void dcmExam::UpdateImageInRAM(const RECT* rectangle, CDC* surface) {
-    // By position: a surface may call back and change the list.
-    for (int position = 0; position < m_SeriesInRAM.count(); ++position)
+    // By position: a surface may call back and change the list. What it appends meanwhile has its display already.
+    const int counted = m_SeriesInRAM.count();
+    for (int position = 0; position < std::min(counted, m_SeriesInRAM.count()); ++position)
         m_SeriesInRAM.at(position)->UpdateImage(rectangle, surface, 1);
 }

@@ -59,7 +59,8 @@ public:
                         CDC* surface);
     /// Makes an image resident. When five are, the oldest of them is written out first.
     /// @return 1, also when the series has no image or it is resident already; 0, with nothing changed, for a missing
-    ///         series, a null rectangle and when the oldest cannot be written; 0 when the image cannot be read
+    ///         series, a null rectangle and when the oldest cannot be written, also since the host wrote it out behind
+    ///         the exam's back (dcmStudy::WriteImageToHDD: read it again, or reject it); 0 when the image cannot be read
     int ActivateImage(int study, int series, const RECT* rectangle, CDC* surface);
     /// Draws the image; black for a missing series; nothing for a missing study.
     void DrawImage(int study, int series, const RECT* rectangle, CDC* surface);
@@ -76,7 +77,8 @@ public:
     int GetSeriesInRAMCount() const;
     /// 1 when five or more series are counted.
     int IsRAMFull() const;
-    /// Reads a series' image into memory and counts it, without any limit: ask IsRAMFull first.
+    /// Reads a series' image into memory and counts it, without any limit: ask IsRAMFull first. A series of another exam is
+    /// counted as well, by its address: it must live as long as it is counted.
     int ReadSeriesInRAM(dcmSeries* series, const RECT* rectangle, CDC* surface);
     /// Writes a counted series out and takes it from the list.
     /// @return 0, with the list as it was, for a series that is not counted (its address is only compared) and when it

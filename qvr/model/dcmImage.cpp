@@ -1,7 +1,6 @@
 // dcmImage: attributes are taken over from the record, the rest is the raw image's work.
 #include "qvr/model/dcmImage.h"
 
-#include <new>
 #include <utility>
 
 #include "qvr/image/rawImage.h"
@@ -47,7 +46,7 @@ bool dcmImage::takeAttributes(const QVR_ST_IMAGE& record) {
 
 int dcmImage::Create(const QVR_ST_IMAGE* record) {
     if (!record || m_RawImage || !takeAttributes(*record)) return 0;
-    m_RawImage.reset(new (std::nothrow) rawImage);
+    qvr::guarded([this] { m_RawImage = std::make_shared<rawImage>(); });
     if (!m_RawImage) return 0;
     const QVR_ST_RAW_IMAGE raw{.Height = m_Height,
                                .Width = m_Width,
@@ -68,7 +67,7 @@ int dcmImage::Create(const QVR_ST_IMAGE* record) {
 
 int dcmImage::Open(const QVR_ST_IMAGE* record) {
     if (!record || m_RawImage || !takeAttributes(*record)) return 0;
-    m_RawImage.reset(new (std::nothrow) rawImage);
+    qvr::guarded([this] { m_RawImage = std::make_shared<rawImage>(); });
     if (!m_RawImage) return 0;
     return qvr::guarded(0, [&] {
         const QVR_ST_RAW_IMAGE raw{.Height = m_Height,

@@ -104,7 +104,7 @@ private:
     int m_BitsStored = 0;
     int m_HighBit = 0;
     int m_PixelRepresentation = 0;
-    std::unique_ptr<rawImage> m_RawImage;
+    std::shared_ptr<rawImage> m_RawImage;
     CString m_SOPInstanceUID;
     mutable int m_WindowWidth = 0;   // as last known; getters bring it up to date
     mutable int m_WindowCenter = 0;  // as last known

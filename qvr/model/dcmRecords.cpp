@@ -53,8 +53,11 @@ void dcmWorklist::AddSPSCode(const char* value, const char* meaning, const char*
 
 int dcmWorklist::GetSPSCode(int index, dcmCode& out) const {
     if (index < 0 || index >= GetSPSCodeCount()) return 0;
-    out = *std::next(m_SPSCodes.begin(), index);
-    return 1;
+    const dcmCode& code = *std::next(m_SPSCodes.begin(), index);
+    return out.assign(code.m_CodeValue, code.m_CodeMeaning, code.m_CodingSchemeDesignator,
+                      code.m_CodingSchemeVersion)
+               ? 1
+               : 0;
 }
 
 dcmEquipment::dcmEquipment() = default;

@@ -51,16 +51,19 @@ int dcmSeries::Create(const QVR_ST_SERIES* record) {
 }
 
 std::shared_ptr<rawImage> dcmSeries::raw() const {
-    return m_Image ? std::shared_ptr<rawImage>(m_Image, m_Image->GetRawImage()) : nullptr;
+    rawImage* const pixels = m_Image ? m_Image->GetRawImage() : nullptr;
+    return pixels ? std::shared_ptr<rawImage>(m_Image, pixels) : nullptr;
 }
 
 int dcmSeries::createImage(std::shared_ptr<dcmImage> image, const QVR_ST_IMAGE* record, const char* directory,
                            const RECT* rectangle, CDC* surface) {
     if (!image || m_Image || !record || !directory || !rectangle) return 0;
-    m_Image = std::move(image);
-    if (!m_Image->Create(record)) return 0;
-    const auto pixels = raw();
-    if (!pixels->CreateBAKFile(record->SOPInstanceUID, directory) || !pixels->ValidateFile()) return 0;
+    m_Image = image;
+    if (!image->Create(record)) return 0;
+    // A host's entity may have no raw image, and it or the surface may call back: what is made is this image or nothing.
+    const auto pixels = m_Image == image ? raw() : nullptr;
+    if (!pixels || !pixels->CreateBAKFile(record->SOPInstanceUID, directory) || !pixels->ValidateFile())
+        return 0;
     if (!rebuildFitted(rectangle, surface)) return 0;
     m_SeriesDateTime = record->ContentDateTime;
     return 1;
@@ -68,8 +71,8 @@ int dcmSeries::createImage(std::shared_ptr<dcmImage> image, const QVR_ST_IMAGE* 
 
 int dcmSeries::openImage(std::shared_ptr<dcmImage> image, const QVR_ST_IMAGE* record) {
     if (!image || m_Image || !record) return 0;
-    m_Image = std::move(image);
-    return m_Image->Open(record) ? 1 : 0;
+    m_Image = image;
+    return image->Open(record) && m_Image == image ? 1 : 0;
 }
 
 void dcmSeries::CloseImage() {

@@ -173,6 +173,8 @@ private:
 
     // The image's raw image, or null. Its owner stays alive with the result: a surface may call back and reject the image.
     std::shared_ptr<rawImage> raw() const;
+    template <class Make>
+    int replacePicture(std::unique_ptr<CDib>& picture, Make&& make);
     int refreshPictures(CDC* surface);
     int rebuildFitted(const RECT* rectangle, CDC* surface);
     int reconvert(CDC* surface);

@@ -1,6 +1,7 @@
 // Everything that changes what a series shows. Two refreshes exist, rebuild (a new bitmap) and re-convert (the same
 // bitmap filled anew), and the pictures follow either.
 #include <cstdint>
+#include <utility>
 
 #include "qvr/image/rawImage.h"
 #include "qvr/model/dcmSeries.h"
@@ -8,16 +9,24 @@
 #include "qvr/platform/detail/guard.h"
 #include "qvr/platform/detail/numbers.h"
 
+// Replaces one of the two pictures, unless the surface called back and the image is another one by then or has a newer
+// picture. The old one stays until then: it may be what the new one is made of.
+template <class Make>
+int dcmSeries::replacePicture(std::unique_ptr<CDib>& picture, Make&& make) {
+    const auto image = m_Image;
+    const auto old = std::exchange(picture, nullptr);
+    auto made = qvr::guarded(std::unique_ptr<CDib>(), make);
+    if (m_Image != image) return 0;
+    if (!picture) picture = std::move(made);
+    return picture ? 1 : 0;
+}
+
 int dcmSeries::UpdateThumb(CDib* display, CDC* surface) {
-    m_Thumb.reset();
-    m_Thumb = qvr::guarded(std::unique_ptr<CDib>(), [&] { return qvr::makeThumbnail(display, surface); });
-    return m_Thumb ? 1 : 0;
+    return replacePicture(m_Thumb, [&] { return qvr::makeThumbnail(display, surface); });
 }
 
 int dcmSeries::UpdatePreview(CDib* display, CDC* surface) {
-    m_Preview.reset();
-    m_Preview = qvr::guarded(std::unique_ptr<CDib>(), [&] { return qvr::makePreview(display, surface); });
-    return m_Preview ? 1 : 0;
+    return replacePicture(m_Preview, [&] { return qvr::makePreview(display, surface); });
 }
 
 // Thumbnail and preview from the display bitmap as it is now; a missing preview is no failure.
@@ -26,21 +35,24 @@ int dcmSeries::refreshPictures(CDC* surface) {
         const auto pixels = raw();
         return pixels ? pixels->GetDIB() : nullptr;
     };
+    const auto image = m_Image;
     if (!display() || !UpdateThumb(display(), surface)) return 0;
     UpdatePreview(display(), surface);  // asked for again: the surface may have called back
-    return 1;
+    return m_Image == image ? 1 : 0;
 }
 
 // A new bitmap of the fitted view, and the pictures.
 int dcmSeries::rebuildFitted(const RECT* rectangle, CDC* surface) {
+    const auto image = m_Image;
     const auto pixels = raw();
-    return pixels && pixels->BuildDisplayImage(rectangle, surface, 1) ? refreshPictures(surface) : 0;
+    if (!pixels || !pixels->BuildDisplayImage(rectangle, surface, 1) || m_Image != image) return 0;
+    return refreshPictures(surface);
 }
 
 // The same bitmap filled anew; the pictures only while it starts at the image's first row and column.
 int dcmSeries::reconvert(CDC* surface) {
     const auto pixels = raw();
-    if (!pixels->UpdateDisplayImage()) return 0;
+    if (!pixels || !pixels->UpdateDisplayImage()) return 0;
     const bool panned = pixels->GetXOffset() != 0 || pixels->GetYOffset() != 0;
     return panned ? 1 : refreshPictures(surface);
 }

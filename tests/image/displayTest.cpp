@@ -2,6 +2,7 @@
 #include <gtest/gtest.h>
 
 #include <limits>
+#include <utility>
 
 #include "qvr/image/rawImage.h"
 #include "support/pictures.h"
@@ -235,6 +236,25 @@ TEST(Surface, MayCallBackAnywhere) {
                 << "action " << action << " at call " << when;
             EXPECT_EQ(image.BuildDisplayImage(&kScreen, &surface, 1), 1);
         }
+}
+
+TEST(Surface, WhatItBuildsMeanwhileIsNewerAndStays) {
+    const auto other = ramp(11, 13, 999);
+    Image image(80, 40), expected(80, 40);
+    RecordingDC surface;
+    bool called = false;
+    surface.onCall = [&] {
+        if (std::exchange(called, true)) return;
+        ASSERT_EQ(image.Update(11, 13, other.data(), 14, 13, 5000, 3000), 1);
+        ASSERT_EQ(image.BuildDisplayImage(&kScreen, nullptr, 1), 1);
+    };
+    image.BuildDisplayImage(&kScreen, &surface, 1);
+    ASSERT_TRUE(called);
+    ASSERT_EQ(expected.Update(11, 13, other.data(), 14, 13, 5000, 3000) +
+                  expected.BuildDisplayImage(&kScreen, nullptr, 1),
+              2);
+    EXPECT_EQ(image.GetXRatio(), expected.GetXRatio());
+    EXPECT_EQ(image.bytes(), expected.bytes());
 }
 
 TEST(DrawDIB, NeedsSurfaceRectangleAndAGoodBitmap) {

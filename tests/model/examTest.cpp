@@ -176,6 +176,46 @@ TEST_F(ResidencyTest, ANewRectangleFitsEveryCountedImage) {
     EXPECT_FALSE(all[5]->IsImageInRAM());
 }
 
+TEST_F(ResidencyTest, ANewRectangleEndsThoughTheSurfaceCountsMore) {
+    const List all = acquireSeries(2);
+    int calls = 0;
+    m_surface.onCall = [&] {
+        if (++calls > 1000 || calls % 2 == 0) return;
+        all[2]->WriteImageToHDD();
+        m_exam.ReadSeriesInRAM(all[2], &kScreen, nullptr);
+    };
+    m_exam.UpdateImageInRAM(&kScreen, &m_surface);
+    EXPECT_LT(calls, 100);
+    EXPECT_TRUE(resident(all[2], 2));
+}
+
+// The palette of an image that was drawn last may still be selected when another one's is.
+TEST_F(ResidencyTest, APaletteThatIsGoneIsNotSelectedAgain) {
+    const List all = acquireSeries(2);
+    for (const bool draws : {false, true}) {
+        RecordingDC surface;
+        const auto stretched = [&] {
+            return !surface.drawn.empty() && surface.drawn.back().find("stretch") == 0;
+        };
+        surface.onCall = [&] {
+            if (stretched()) throw std::runtime_error("surface");
+        };
+        if (draws) {
+            ASSERT_EQ(m_exam.ReadSeriesInRAM(all[1], &kScreen, nullptr), 1);
+        }
+        m_exam.DrawImage(0, 0, &kScreen, &surface);
+        ASSERT_EQ(surface.paletteEntries(), 256);
+        surface.drawn.clear();
+        surface.onCall = [&, calls = 0]() mutable {
+            if (draws ? stretched() : ++calls == 2) all[1]->WriteImageToHDD();
+        };
+        draws ? all[2]->DrawImage(&kScreen, &surface)
+              : static_cast<void>(all[2]->UpdateImage(&kScreen, &surface, 1));
+        EXPECT_FALSE(all[1]->IsImageInRAM());
+        EXPECT_EQ(surface.paletteEntries(), 0);
+    }
+}
+
 TEST_F(ResidencyTest, RequestsGoByPosition) {
     const QVR_ST_PROTOCOL protocol{};
     acquire(1);

@@ -127,7 +127,12 @@ TEST_F(MemoryTest, ListsGrowByWholeObjects) {
         EXPECT_GE(runs, 2);
     }
     dcmCode out;
-    EXPECT_EQ(codes.GetSPSCode(0, out), 1);
+    const long runs = refuseEachAllocation([&] { out = dcmCode(); }, [&] { return codes.GetSPSCode(0, out); },
+                                           [&](int copied, bool refused) {
+                                               EXPECT_EQ(copied != 0, !refused);
+                                               EXPECT_STREQ(out.GetCodeMeaning(), copied ? kText : "");
+                                           });
+    EXPECT_GE(runs, 4);
     EXPECT_STREQ(out.GetCodingSchemeVersion(), kText);
 }
 

@@ -1,5 +1,6 @@
 // Series: the image's coming and going, and the protocol's picture. What a failed step leaves is what counts here.
 #include <functional>
+#include <utility>
 
 #include "examination.h"
 #include "listed.h"
@@ -246,6 +247,113 @@ TEST_F(SeriesTest, DrawingSurvivesASurfaceThatThrowsRebuildsOrRejectsTheImage) {
         }
     m_surface.onCall = [] { throw std::runtime_error("surface"); };
     EXPECT_NO_THROW(plan()->DrawImage(&kScreen, &m_surface)) << "black, without an image";
+}
+
+// The raw image that a host works with is the entity's; what it stands in must not end before the call does.
+TEST_F(SeriesTest, ARawImageOutlivesTheCallInWhichItIsRejected) {
+    const std::string target = m_folder / "out.raw";
+    std::vector<std::uint16_t> pixels(kWidth * kHeight);
+    class Surface : public RecordingDC {
+    public:
+        CSize GetTextExtent(const char*, int) override {
+            onCall();
+            return {5, 5};
+        }
+    } surface;
+    const std::function<void(rawImage&)> operations[] = {
+        [&](auto& i) { i.AddMark("L", &kScreen, &surface); },
+        [&](auto& i) { i.InflateMark(0, &kScreen, &surface); },
+        [&](auto& i) { i.MoveMark(0, 1, 1, &kScreen, &surface); },
+        [&](auto& i) {
+            i.PtInMarkRect({-9, -9}, &surface);
+        },
+        [&](auto& i) { i.Draw(&kScreen, &surface); },
+        [&](auto& i) { i.BuildDisplayImage(&kScreen, &surface, 1); },
+        [&](auto& i) { i.WriteMark(kWidth, kHeight, pixels.data(), 14, &surface); },
+        [&](auto& i) { i.WriteFileForPRES(target.c_str(), &surface); },
+    };
+    int n = 1;
+    for (const auto& operation : operations) {
+        dcmSeries* const series = acquire(++n);
+        ASSERT_EQ(raw(series)->AddMark("L", &kScreen, &surface), 1);
+        bool called = false;
+        surface.onCall = [&] {
+            if (!std::exchange(called, true)) series->RejectImage();
+        };
+        operation(*raw(series));
+        surface.onCall = [] {};
+        EXPECT_TRUE(called) << "operation " << n - 2;
+        EXPECT_FALSE(series->IsImageExist());
+    }
+}
+
+// Success, the pictures and the date belong to the image that the operation began with.
+TEST_F(SeriesTest, AnImageThatIsReplacedWhileItIsMadeHasNotBeenMade) {
+    constexpr RECT large{0, 0, 1100, 700};  // with a preview
+    const char* const folder = m_folder.path().c_str();
+    const auto record = imageRecord(1);
+    const auto first = m_acquired;
+    const auto other = imageRecord(2);
+    dcmSeries* const alone = plan();
+    ASSERT_EQ(alone->CreateImage(&other, folder, &large, nullptr), 1);
+    for (const bool replaces : {false, true})
+        for (int call = 1;; ++call) {
+            dcmSeries* const series = plan();
+            auto begun = record;
+            begun.PixelData = first.data();
+            int calls = 0;
+            bool rejected = false;
+            m_surface.onCall = [&] {
+                if (++calls != call) return;
+                rejected = series->RejectImage() == 1;
+                if (replaces && rejected) series->CreateImage(&other, folder, &large, nullptr);
+            };
+            const int made = series->CreateImage(&begun, folder, &large, &m_surface);
+            m_surface.onCall = [] {};
+            if (calls < call) break;
+            EXPECT_EQ(made, !rejected) << call;
+            EXPECT_EQ(series->IsImageExist(), !rejected || replaces);
+            if (!rejected || !replaces) continue;
+            EXPECT_TRUE(resident(series, 2));
+            EXPECT_EQ(reference::pictureOf(series->GetThumb()), reference::pictureOf(alone->GetThumb()));
+            EXPECT_EQ(reference::pictureOf(series->GetPreview()), reference::pictureOf(alone->GetPreview()));
+            EXPECT_EQ(series->GetSeriesDateTime(), other.ContentDateTime);
+        }
+}
+
+TEST_F(SeriesTest, APictureMayBeMadeOfItself) {
+    class Host : public dcmDXSeries {
+    public:
+        int reduceThumb() { return UpdateThumb(GetThumb(), nullptr); }
+        int reducePreview() { return UpdatePreview(GetPreview(), nullptr); }
+    } host;
+    const auto record = imageRecord(1);
+    constexpr RECT large{0, 0, 1900, 1300};
+    ASSERT_EQ(host.CreateImage(&record, m_folder.path().c_str(), &large, nullptr), 1);
+    const auto expected = reference::thumbnail(*host.GetThumb());
+    EXPECT_EQ(host.reduceThumb(), 1);
+    EXPECT_EQ(reference::pictureOf(host.GetThumb()), expected);
+    EXPECT_EQ(host.reducePreview(), 0) << "it is too small for another";
+    EXPECT_EQ(host.GetPreview(), nullptr);
+}
+
+// A host's own kind of image may have no raw image, or call back while it is created.
+TEST_F(SeriesTest, AnEntityWithoutARawImageIsNoImage) {
+    class Bare : public dcmCRImage {
+    public:
+        rawImage* GetRawImage() override { return nullptr; }
+    };
+    class Host : public dcmCRSeries {
+    public:
+        int CreateImage(const QVR_ST_IMAGE* record, const char* directory, const RECT* rectangle,
+                        CDC* surface) override {
+            return createImage(std::make_shared<Bare>(), record, directory, rectangle, surface);
+        }
+    } host;
+    const auto record = imageRecord(1);
+    EXPECT_EQ(host.CreateImage(&record, m_folder.path().c_str(), &kScreen, &m_surface), 0);
+    EXPECT_EQ(host.UpdateImage(9, 9, &m_surface) + host.UpdateImage(&m_surface), 0);
+    EXPECT_EQ(host.WriteImageToHDD() + host.RejectImage() + host.IsImageInRAM(), 0);
 }
 
 TEST_F(SeriesTest, NullArgumentsAreRefusedBeforeAnImageIsMade) {

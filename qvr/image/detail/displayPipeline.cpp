@@ -23,9 +23,9 @@ CSize fitView(int width, int height, const RECT* rectangle, DisplayView& view) {
     return fit->size;
 }
 
-bool buildDisplay(const DisplaySource& source, const RECT* rectangle, CDC* surface, bool reset,
-                  DisplayView& view, std::shared_ptr<CDib>& bitmap) {
-    if (!rectangle) return false;
+Built buildDisplay(const DisplaySource& source, const RECT* rectangle, bool reset, DisplayView& view,
+                   std::shared_ptr<CDib>& bitmap) {
+    if (!rectangle) return Built::refused;
     DisplayView next = reset ? DisplayView{} : view;
     CSize size;
     if (next.fitted()) {
@@ -34,16 +34,18 @@ bool buildDisplay(const DisplaySource& source, const RECT* rectangle, CDC* surfa
                    sizeFromRatios(source.width, source.height, next.xRatio, next.yRatio, *rectangle)) {
         size = *zoomed;
     }
-    if (size.cx < 1) return false;
+    if (size.cx < 1) return Built::refused;
 
     view = next;
     bitmap.reset();  // before the new one is made, so that two full bitmaps never exist at once
-    std::shared_ptr<CDib> made = makeGreyBitmap(size.cx, size.cy, nullptr);
-    if (!made) return false;
-    const bool filled = source.bitsStored == kDisplayBits && convertDisplay(source, view, made.get());
-    realizePalette(*made, surface);  // last: a surface may call back and change what `source` leads to
-    bitmap = std::move(made);
-    return filled;
+    bitmap = makeGreyBitmap(size.cx, size.cy, nullptr);
+    const bool filled = source.bitsStored == kDisplayBits && convertDisplay(source, view, bitmap.get());
+    return filled ? Built::filled : Built::unfilled;
+}
+
+int realized(Built built, std::shared_ptr<CDib> bitmap, CDC* surface) {
+    if (built != Built::refused && bitmap) realizePalette(*bitmap, surface);
+    return built == Built::filled ? 1 : 0;
 }
 
 bool convertDisplay(const DisplaySource& source, const DisplayView& view, const CDib* bitmap) {

@@ -21,18 +21,23 @@ struct DisplaySource {
     Curve curve;
 };
 
+enum class Built { refused, unfilled, filled };
+
 /// Fits the image into the rectangle. @return the bitmap size, with the ratios of `view` set; (0, 0) with `view` as it
 /// was when `rectangle` is null or the image cannot be fitted
 CSize fitView(int width, int height, const RECT* rectangle, DisplayView& view);
 
 /// Makes a new bitmap for the view and fills it.
-/// @param surface  the bitmap's palette is realized on it; may be null
-/// @param reset    true: the fitted view; false: the view as it is, fitted only when both its ratios are 0
-/// @return true; false with view and bitmap as they were when no size can be found for the rectangle (null, empty or
-///         inverted), false with the new view and a black bitmap when the pixels are not 14 bits, and false with the new
-///         view and no bitmap when there is no memory
-bool buildDisplay(const DisplaySource& source, const RECT* rectangle, CDC* surface, bool reset,
-                  DisplayView& view, std::shared_ptr<CDib>& bitmap);
+/// @param reset  true: the fitted view; false: the view as it is, fitted only when both its ratios are 0
+/// @return filled; refused with view and bitmap as they were when no size can be found for the rectangle (null, empty or
+///         inverted); unfilled with the new view and a black bitmap when the pixels are not 14 bits, and with no bitmap
+///         when there is no memory
+Built buildDisplay(const DisplaySource& source, const RECT* rectangle, bool reset, DisplayView& view,
+                   std::shared_ptr<CDib>& bitmap);
+/// Realizes the palette of a bitmap that was built. What comes last: a surface may call back and change the image, whose
+/// newer view and bitmap must stay.
+/// @return 1 when it was filled
+int realized(Built built, std::shared_ptr<CDib> bitmap, CDC* surface);
 
 /// Fills an existing bitmap. @return false, with the bitmap as it was, for a null or unusable bitmap, null pixels, a
 /// ratio that is not finite and above 0, or without memory
