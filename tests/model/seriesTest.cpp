@@ -12,8 +12,9 @@ namespace fs = std::filesystem;
 
 class SeriesTest : public ExaminationTest {
 protected:
-    int create(const QVR_ST_IMAGE& record) {
-        return m_series->CreateImage(&record, m_folder.path().c_str(), &kScreen, &m_surface);
+    int create(const QVR_ST_IMAGE& record) { return create(record, *m_series); }
+    int create(const QVR_ST_IMAGE& record, dcmSeries& series) {
+        return series.CreateImage(&record, m_folder.path().c_str(), &kScreen, &m_surface);
     }
     int protocol(const std::string& thumbFile) {
         QVR_ST_PROTOCOL record;
@@ -313,12 +314,33 @@ TEST_F(SeriesTest, AnImageThatIsReplacedWhileItIsMadeHasNotBeenMade) {
             if (calls < call) break;
             EXPECT_EQ(made, !rejected) << call;
             EXPECT_EQ(series->IsImageExist(), !rejected || replaces);
+            if (rejected && !replaces) {
+                EXPECT_TRUE(!series->GetThumb() && !series->GetPreview());
+            }
             if (!rejected || !replaces) continue;
             EXPECT_TRUE(resident(series, 2));
             EXPECT_EQ(reference::pictureOf(series->GetThumb()), reference::pictureOf(alone->GetThumb()));
             EXPECT_EQ(reference::pictureOf(series->GetPreview()), reference::pictureOf(alone->GetPreview()));
             EXPECT_EQ(series->GetSeriesDateTime(), other.ContentDateTime);
         }
+}
+
+TEST_F(SeriesTest, PicturesOfNewerPixelsStay) {
+    constexpr RECT large{0, 0, 1100, 700};
+    dcmSeries* const series = acquire(1);
+    for (int call = 1, calls = call; calls >= call; ++call) {
+        calls = 0;
+        const auto pixels = ramp(kWidth, kHeight, call);
+        m_surface.onCall = [&] {
+            if (++calls == call)
+                series->UpdateImage(kWidth, kHeight, pixels.data(), 14, 13, 400, 300, &large, nullptr);
+        };
+        series->UpdateImage(&large, &m_surface, 1);
+        m_surface.onCall = [] {};
+        const CDib& display = *raw(series)->GetDIB();
+        EXPECT_EQ(reference::pictureOf(series->GetThumb()), reference::thumbnail(display)) << call;
+        EXPECT_EQ(reference::pictureOf(series->GetPreview()), reference::preview(display)) << call;
+    }
 }
 
 TEST_F(SeriesTest, APictureMayBeMadeOfItself) {
@@ -337,23 +359,69 @@ TEST_F(SeriesTest, APictureMayBeMadeOfItself) {
     EXPECT_EQ(host.GetPreview(), nullptr);
 }
 
-// A host's own kind of image may have no raw image, or call back while it is created.
+TEST_F(SeriesTest, AnImageThatIsReplacedWhileItIsChangedHasNotBeenChanged) {
+    const auto pixels = ramp(9, 7);
+    for (int call = 1, calls = call; calls >= call; ++call) {
+        dcmSeries* const series = acquire(1);
+        const auto otherRecord = imageRecord(2);
+        calls = 0;
+        bool replaced = false;
+        m_surface.onCall = [&] {
+            if (++calls == call) replaced = series->RejectImage() && create(otherRecord, *series);
+        };
+        const int changed = series->UpdateImage(9, 7, pixels.data(), 14, 13, 0, 0, &kScreen, &m_surface);
+        m_surface.onCall = [] {};
+        EXPECT_EQ(changed, !replaced) << call;
+        EXPECT_EQ(series->IsChanged(), changed);
+        EXPECT_TRUE(!replaced || resident(series, 2));
+        m_exam.RejectImage(0, position(series));
+    }
+}
+
+// A host's own kind of image: its raw image may be its own or none.
+class HostSeries : public dcmCRSeries {
+public:
+    explicit HostSeries(std::shared_ptr<dcmImage> image) : m_image(std::move(image)) {}
+    int CreateImage(const QVR_ST_IMAGE* record, const char* directory, const RECT* rectangle,
+                    CDC* surface) override {
+        return createImage(std::move(m_image), record, directory, rectangle, surface);
+    }
+
+private:
+    std::shared_ptr<dcmImage> m_image;
+};
+
 TEST_F(SeriesTest, AnEntityWithoutARawImageIsNoImage) {
     class Bare : public dcmCRImage {
-    public:
         rawImage* GetRawImage() override { return nullptr; }
     };
-    class Host : public dcmCRSeries {
-    public:
-        int CreateImage(const QVR_ST_IMAGE* record, const char* directory, const RECT* rectangle,
-                        CDC* surface) override {
-            return createImage(std::make_shared<Bare>(), record, directory, rectangle, surface);
-        }
-    } host;
+    HostSeries series(std::make_shared<Bare>());
     const auto record = imageRecord(1);
-    EXPECT_EQ(host.CreateImage(&record, m_folder.path().c_str(), &kScreen, &m_surface), 0);
-    EXPECT_EQ(host.UpdateImage(9, 9, &m_surface) + host.UpdateImage(&m_surface), 0);
-    EXPECT_EQ(host.WriteImageToHDD() + host.RejectImage() + host.IsImageInRAM(), 0);
+    EXPECT_EQ(series.CreateImage(&record, m_folder.path().c_str(), &kScreen, &m_surface), 0);
+    EXPECT_EQ(series.UpdateImage(9, 9, &m_surface) + series.UpdateImage(&m_surface), 0);
+    EXPECT_EQ(series.WriteImageToHDD() + series.RejectImage() + series.IsImageInRAM(), 0);
+}
+
+TEST_F(SeriesTest, ARawImageOfTheHostsOutlivesTheCallInWhichItIsRejected) {
+    class Own : public dcmCRImage {
+        int Create(const QVR_ST_IMAGE* record) override {
+            auto own = newRecord(kWidth, kHeight, {});
+            own.PixelData = record->PixelData;
+            return dcmCRImage::Create(record) && m_own.Create(&own);
+        }
+        rawImage* GetRawImage() override { return &m_own; }
+        rawImage m_own;
+    };
+    for (const bool draws : {false, true}) {
+        HostSeries series(std::make_shared<Own>());
+        const auto record = imageRecord(1);
+        ASSERT_EQ(series.CreateImage(&record, m_folder.path().c_str(), &kScreen, nullptr), 1);
+        m_surface.onCall = [&] { series.RejectImage(); };
+        draws ? series.DrawImage(&kScreen, &m_surface)
+              : static_cast<void>(series.UpdateImage(2.0f, 2.0f, &kScreen, &m_surface));
+        m_surface.onCall = [] {};
+        EXPECT_FALSE(series.IsImageExist());
+    }
 }
 
 TEST_F(SeriesTest, NullArgumentsAreRefusedBeforeAnImageIsMade) {
