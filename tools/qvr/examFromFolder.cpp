@@ -96,8 +96,12 @@ public:
 
 private:
     std::string addFile(const std::string& file) {
-        const Loaded loaded = load(file, InputOptions(), m_console);
-        DicomRecords records = readRecords(file, readBytes(file));
+        // Patient and pixels come from one reading: the file may be replaced at any moment.
+        auto bytes = readBytes(file);
+        SourceImage source = readSource(file, bytes, std::nullopt);
+        DicomRecords records = readRecords(file, bytes);
+        std::vector<std::uint8_t>().swap(bytes);
+        const Loaded loaded = adopted(file, std::move(source), m_console);
         const std::string stored = records.image.SOPInstanceUID.GetString();
         if (m_request.newUid && (!unusableInExam(stored).empty() || m_builder.holds(stored)))
             records.image.SOPInstanceUID = newUid().c_str();

@@ -136,7 +136,11 @@ SourceImage readRaw(const std::string& file, std::span<const std::uint8_t> bytes
 }
 
 SourceImage readSource(const std::string& file, const std::optional<RawSpec>& raw) {
-    const auto bytes = readBytes(file);
+    return readSource(file, readBytes(file), raw);
+}
+
+SourceImage readSource(const std::string& file, std::span<const std::uint8_t> bytes,
+                       const std::optional<RawSpec>& raw) {
     if (raw) return readRaw(file, bytes, *raw);
     if (looksLikeDicom(bytes)) return readDicom(file, bytes);
     if (startsWith(bytes, "P5") || startsWith(bytes, "P2")) return readPgm(file, bytes);
