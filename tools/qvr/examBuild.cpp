@@ -37,6 +37,29 @@ std::set<std::string> namedIn(const ExamFolder& folder) {
     return uids;
 }
 
+// What differs between the patients of two studies; nothing when they are one.
+const char* otherPatient(const QVR_ST_STUDY& a, const QVR_ST_STUDY& b) {
+    if (!(a.PatientID == b.PatientID)) return "patient ID";
+    if (!(a.PatientFamilyName == b.PatientFamilyName && a.PatientGivenName == b.PatientGivenName))
+        return "patient name";
+    const auto born = [](const QVR_ST_STUDY& study) {
+        return study.PatientBirthDateValid ? dateText(study.PatientBirthDate) : std::string();
+    };
+    return born(a) == born(b) ? nullptr : "birth date";
+}
+
+// Without a UID, images are of one study when nothing that tells studies apart differs.
+bool sameStudy(const QVR_ST_STUDY& a, const QVR_ST_STUDY& b) {
+    if (!(a.StudyInstanceUID == b.StudyInstanceUID)) return false;
+    if (!a.StudyInstanceUID.IsEmpty()) return true;
+    const auto date = [](const QVR_ST_STUDY& study) {
+        return study.StudyDateTime.GetStatus() == COleDateTime::valid ? dateText(study.StudyDateTime)
+                                                                      : std::string();
+    };
+    return !otherPatient(a, b) && a.PatientSex == b.PatientSex && a.StudyID == b.StudyID &&
+           a.AccessionNumber == b.AccessionNumber && date(a) == date(b);
+}
+
 // The library only says that it failed.
 std::string whyNotWritten(const ExamFolder& folder, const PixelFileRecord& file) {
     const double needed = static_cast<double>(file.bytes());
@@ -92,6 +115,19 @@ void ExamBuilder::checkImage(const QVR_ST_IMAGE& image) const {
                         image.Width, image.Height, m_record.display.cx, m_record.display.cy));
 }
 
+// A study shows the patient of its first image over all of them.
+void ExamBuilder::checkPatient(const DicomRecords& records) const {
+    for (std::size_t i = 0; i < m_record.studies.size(); ++i) {
+        const auto& study = m_record.studies[i].attributes;
+        const char* other = sameStudy(study, records.study) ? otherPatient(study, records.study) : nullptr;
+        if (!other) continue;
+        throw Failure(
+            Exit::refused, "", "refused",
+            fmt::format("it has the Study Instance UID of {}, but another {}", m_firstFiles[i], other),
+            "Correct the UID, or build it into another exam.");
+    }
+}
+
 ImageRecord& ExamBuilder::recordOf(const dcmSeries* series) {
     const auto images = imagesOf(m_record);
     const auto found = std::find_if(images.begin(), images.end(), [&](const ExamImage& image) {
@@ -133,15 +169,15 @@ void ExamBuilder::makeRoom() {
 }
 
 int ExamBuilder::studyFor(const DicomRecords& records) {
-    const std::string uid = records.study.StudyInstanceUID.GetString();
     for (std::size_t i = 0; i < m_record.studies.size(); ++i) {
         const auto& study = m_record.studies[i];
-        if (study.modality == records.kind && uid == study.attributes.StudyInstanceUID.GetString())
+        if (study.modality == records.kind && sameStudy(study.attributes, records.study))
             return static_cast<int>(i);
     }
     if (!m_exam.CreateStudy(&records.study, records.kind))
         throw StopFailure(Exit::internal, m_folder.path(), "not built", "there is not enough memory");
     m_record.studies.push_back({records.study, records.kind, {}});
+    m_firstFiles.push_back(records.file);
     return m_exam.GetStudyCount() - 1;
 }
 
@@ -176,6 +212,7 @@ void ExamBuilder::add(DicomRecords records, const AdoptedImage& image, const Win
     attributes.WindowCenter = window.center;
     attributes.WindowWidth = window.width;
     checkImage(attributes);
+    checkPatient(records);
 
     if (!m_begun) {
         std::error_code error;

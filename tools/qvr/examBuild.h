@@ -40,6 +40,7 @@ public:
 
 private:
     void checkImage(const QVR_ST_IMAGE& image) const;
+    void checkPatient(const DicomRecords& records) const;
     void makeRoom();
     bool writeOut(dcmSeries* series);
     int studyFor(const DicomRecords& records);
@@ -51,6 +52,7 @@ private:
     dcmExam m_exam;
     CRasterDC m_surface{1, 1};                   // the pictures are made in memory
     ExamRecord m_record;                         // its studies are those of m_exam, in the same order
+    std::vector<std::string> m_firstFiles;       // of each study
     std::map<std::string, dcmSeries*> m_series;  // by SOP Instance UID
     bool m_begun = false;
     bool m_fresh = false;  // the folder was not there before

@@ -1,0 +1,133 @@
+// What an exam must never do: mix patients, lose the exam that it replaces, or write over its own input.
+#include <dcmtk/config/osconfig.h>
+#include <dcmtk/dcmdata/dcdatset.h>
+#include <dcmtk/dcmdata/dcdeftag.h>
+#include <fcntl.h>
+#include <gtest/gtest.h>
+
+#include <atomic>
+#include <cstdio>
+#include <filesystem>
+#include <nlohmann/json.hpp>
+#include <thread>
+
+#include "examMaker.h"
+#include "toolRun.h"
+
+namespace {
+
+namespace fs = std::filesystem;
+using Json = nlohmann::json;
+
+struct Person {
+    const char* studyUid = "";
+    const char* name = "";
+    const char* id = "";
+    const char* born = "";
+    const char* sex = "";
+};
+
+// A 14-bit picture of one value, with that value as its window's centre.
+std::string portrait(const std::string& path, int number, const Person& person, int side = 64) {
+    DicomSpec spec;
+    spec.columns = spec.rows = side;
+    spec.bitsStored = 14;
+    spec.highBit = 13;
+    spec.uid = uidOf(number);
+    spec.words.assign(static_cast<std::size_t>(side * side), static_cast<std::uint16_t>(1000 * number));
+    spec.more = [&](DcmDataset& set) {
+        const std::pair<DcmTagKey, const char*> texts[] = {{DCM_StudyInstanceUID, person.studyUid},
+                                                           {DCM_PatientName, person.name},
+                                                           {DCM_PatientID, person.id},
+                                                           {DCM_PatientBirthDate, person.born},
+                                                           {DCM_PatientSex, person.sex}};
+        for (const auto& [tag, text] : texts)
+            if (*text) set.putAndInsertString(tag, text);
+    };
+    return writeDicom(path, spec);
+}
+
+class ExamSafetyTest : public testing::Test {
+protected:
+    ExamSafetyTest() { fs::create_directory(in()); }
+    std::string in(const std::string& name = "") const {
+        return m_folder / "in" + (name.empty() ? "" : "/" + name);
+    }
+    std::string exam(const std::string& name = "") const {
+        return m_folder / "exam" + (name.empty() ? "" : "/" + name);
+    }
+    ToolResult build(const Arguments& more = {}, const ToolSetting& setting = {}) const {
+        return runTool(joined({"exam", "build", in(), "-o", exam(), "--progress", "never"}, more), setting);
+    }
+    Json record() const { return Json::parse(contentOf(exam("exam.json"))); }
+
+    TemporaryFolder m_folder;
+};
+
+struct TwoPatients {
+    const char* name;
+    Person first, second;
+    int code;
+    std::size_t studies;
+    const char* differs = "";
+};
+
+TEST_F(ExamSafetyTest, OneStudyHasOnePatient) {
+    const TwoPatients rows[] = {
+        {"same", {"1.2", "Doe^J", "1", "19500101"}, {"1.2", "Doe^J", "1", "19500101"}, 0, 1},
+        {"otherId", {"1.2", "Doe^J", "1"}, {"1.2", "Doe^J", "2"}, 1, 1, "patient ID"},
+        {"otherFamilyName", {"1.2", "Doe^J", "1"}, {"1.2", "Roe^J", "1"}, 1, 1, "patient name"},
+        {"otherGivenName", {"1.2", "Doe^J", "1"}, {"1.2", "Doe^K", "1"}, 1, 1, "patient name"},
+        {"otherBirth", {"1.2", "Doe", "1", "19500101"}, {"1.2", "Doe", "1", "19500102"}, 1, 1, "birth date"},
+        {"birthMissing", {"1.2", "Doe", "1", "19500101"}, {"1.2", "Doe", "1"}, 1, 1, "birth date"},
+        {"noUid", {"", "Doe^J", "1", "19500101"}, {"", "Doe^J", "1", "19500101"}, 0, 1},
+        {"noUidOtherName", {"", "Doe^J"}, {"", "Roe^J"}, 0, 2},
+        {"noUidOtherId", {"", "Doe^J", "1"}, {"", "Doe^J", "2"}, 0, 2},
+        {"noUidOtherSex", {"", "Doe^J", "", "", "F"}, {"", "Doe^J", "", "", "M"}, 0, 2},
+        {"noUidAndNoName", {"", "Doe^J"}, {}, 0, 2}};
+    for (const auto& row : rows) {
+        SCOPED_TRACE(row.name);
+        fs::remove_all(exam());
+        const auto first = portrait(in("a.dcm"), 1, row.first);
+        const auto second = portrait(in("b.dcm"), 2, row.second);
+
+        const auto result = build();
+
+        EXPECT_EQ(result.code, row.code) << result.err;
+        EXPECT_NE(result.err.find(row.differs), std::string::npos) << result.err;
+        if (row.code != 0) {
+            EXPECT_NE(result.err.find(second + ": refused: it has the Study Instance UID of " + first),
+                      std::string::npos)
+                << result.err;
+        }
+        const Json studies = record()["studies"];
+        EXPECT_EQ(studies.size(), row.studies);
+        EXPECT_EQ(studies[0]["series"].size(), row.code == 0 && row.studies == 1 ? 2U : 1U);
+    }
+}
+
+// Two patients' files change places all the time.
+TEST_F(ExamSafetyTest, PatientAndPixelsComeFromOneReading) {
+    const auto file = portrait(in("a.dcm"), 1, {"1.2.1", "Anna"}, 400);
+    const auto other = portrait(m_folder / "b.dcm", 2, {"1.2.2", "Bert"}, 400);
+    std::atomic<bool> done = false;
+    std::thread exchange([&] {
+        while (!done) renameat2(AT_FDCWD, file.c_str(), AT_FDCWD, other.c_str(), RENAME_EXCHANGE);
+    });
+    int built = 0;
+    for (int round = 0; round < 20; ++round) {
+        fs::remove_all(exam());
+        if (build().code != 0) continue;
+        ++built;
+        const Json study = record()["studies"][0];
+        const Json image = study["series"][0]["image"];
+        const int number = study["patient_family_name"] == "Anna" ? 1 : 2;
+        EXPECT_EQ(image["sop_instance_uid"], uidOf(number));
+        EXPECT_EQ(pixelsOf(exam("Cache/R." + uidOf(number) + ".raw")).at(0), 1000 * number);
+    }
+    done = true;
+    exchange.join();
+    EXPECT_GT(built, 10);
+}
+
+}  // namespace
