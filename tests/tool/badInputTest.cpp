@@ -68,6 +68,9 @@ public:
                                                     "{\"width\":9,\"height\":9},\"studies\":[]}"));
         m_folder.file("broken/exam.json", std::string("{\"format\":\"qvr-exam\""));
         std::filesystem::create_directory(*this / "folder.png");
+        const std::pair<const char*, const char*> links[] = {
+            {"linked-gsps.dcm", "linked.dcm"}, {"there-gsps.dcm", "there.dcm"}, {"loop.png", "loop.png"}};
+        for (const auto& [name, target] : links) std::filesystem::create_symlink(target, *this / name);
         std::filesystem::copy_file(*this / "good.dcm", *this / "source.png");
     }
     std::string operator/(const std::string& name) const { return m_folder / name; }
@@ -78,7 +81,9 @@ public:
     std::map<std::string, std::string> content() const {
         std::map<std::string, std::string> all;
         for (const auto& entry : std::filesystem::recursive_directory_iterator(m_folder.path()))
-            all[entry.path().string()] = entry.is_directory() ? "folder" : contentOf(entry.path().string());
+            all[entry.path().string()] = entry.is_symlink()     ? "link"
+                                         : entry.is_directory() ? "folder"
+                                                                : contentOf(entry.path().string());
         return all;
     }
 
@@ -147,6 +152,7 @@ ToolSetting fonts(const std::string& configuration) {
 }
 const Arguments kBuild = {"exam", "build", "@dicoms", "-o", "@out"};
 const Arguments kL = {"--mark", "L@left,top"};
+const Arguments kBoth = joined(kL, {"--marks", "both"});
 const Arguments kFour = joined(joined(kL, kL), joined(kL, kL));
 
 TEST(BadInput, Usage) {
@@ -189,6 +195,12 @@ TEST(BadInput, Files) {
          {"jpeg2000", render("@j2k.dcm"), 4, "JPEG 2000 (1.2.840.10008.1.2.4.90), which this build cannot"},
          {"exists", to("render", "@there.png"), 6, "exists already"},
          {"isTheInput", {"render", "@source.png", "-o", "@source.png", "--force"}, 6, "input itself"},
+         {"isStandardInput",
+          {"edit", "-", "--mirror", "-o", "@good.pgm", "--force"},
+          6,
+          "input itself",
+          {{}, inputs() / "good.pgm"}},
+         {"linkLoop", to("render", "@loop.png", {"--force"}), 5, "symbolic links"},
          {"device", {"render", "@good.dcm", "-o", "/dev/../dev/null", "--force"}, 2, "extension"},
          {"folderForAFile", {"render", "@good.dcm", "-o", "@folder.png", "--force"}, 5, "folder"},
          {"fileForAFolder", {"render", "@good.dcm", "-o", "@text.dcm/out.png"}, 5, "no folder"},
@@ -237,6 +249,8 @@ TEST(BadInput, Writing) {
          {"burnNoChineseFont", to("burn", "@out.dcm", {"--mark", "\xe5\xb7\xa6@left,top"}), 6,
           "mark \"\xe5\xb7\xa6\": no installed font has U+5DE6.", fonts("onlyLatin.conf")},
          {"burnNoFontAtAll", to("burn", "@out.dcm", kL), 6, "no usable font", fonts("noFont.conf")},
+         {"burnBothIntoOneFile", to("burn", "@there.dcm", joined(kBoth, {"--force"})), 6, "same file"},
+         {"burnBothLongName", to("burn", "@" + std::string(250, 'n') + ".dcm", kBoth), 5, "too long"},
          {"printHugeFilm", to("print", "@out.png", {"--film", "800x10in@300dpi"}), 2, "32767"},
          {"printRegionOutside", to("print", "@out.png", {"--region", "0,0,97,10"}), 2, "96 x 64"},
          {"printMarkOutsideTheRegion",
