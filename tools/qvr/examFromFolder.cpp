@@ -39,12 +39,17 @@ std::vector<std::string> dicomFiles(const BuildRequest& request, Console& consol
             status.type() == fs::file_type::not_found ? "there is no such folder" : "it is no folder",
             "Name a folder of DICOM files.");
     std::vector<std::string> files;
-    int others = 0;
+    int others = 0, linked = 0;
     fs::recursive_directory_iterator entry(request.source, error);
     for (const fs::recursive_directory_iterator end; !error && entry != end; entry.increment(error)) {
         std::error_code ignored;
         if (entry->is_directory(ignored)) {
-            if (fs::equivalent(entry->path(), request.exam, ignored)) entry.disable_recursion_pending();
+            if (fs::equivalent(entry->path(), request.exam, ignored)) {
+                entry.disable_recursion_pending();
+            } else if (entry->is_symlink(ignored)) {
+                console.note(entry->path().string(), "left out, it is a link to a folder");
+                ++linked;
+            }
             continue;
         }
         const std::string path = entry->path().string();
@@ -56,10 +61,18 @@ std::vector<std::string> dicomFiles(const BuildRequest& request, Console& consol
         }
     }
     if (error) throw Failure(Exit::unreadable, request.source, "not read", error.message());
-    if (files.empty()) throw Failure(Exit::unreadable, request.source, "not read", "no DICOM file is in it");
+    if (files.empty())
+        throw Failure(Exit::unreadable, request.source, "not read", "no DICOM file is in it",
+                      linked ? "Links to folders are not followed: name what they lead to." : "");
     if (others)
         console.warning(request.source, fmt::format("{} other {} left out (-v names them).", others,
                                                     others == 1 ? "file is" : "files are"));
+    if (linked)
+        console.warning(request.source,
+                        fmt::format("{} left out (-v names {}).",
+                                    linked == 1 ? "1 link to a folder is"
+                                                : fmt::format("{} links to folders are", linked),
+                                    linked == 1 ? "it" : "them"));
     std::sort(files.begin(), files.end());
     return files;
 }
