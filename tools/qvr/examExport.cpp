@@ -94,9 +94,12 @@ std::string writeImage(const std::string& format, const std::string& target, con
 void makeFolder(const std::string& path) {
     std::error_code error;
     fs::create_directory(path, error);
-    if (!fs::is_directory(path))
-        throw Failure(Exit::notWritten, path, "not written", error ? error.message() : "it is no folder",
-                      "Nothing was changed.");
+    std::error_code statusError;
+    const auto status = fs::status(path, statusError);
+    if (status.type() == fs::file_type::directory) return;
+    if (status.type() == fs::file_type::none) error = statusError;
+    throw Failure(Exit::notWritten, path, "not written", error ? error.message() : "it is no folder",
+                  "Nothing was changed.");
 }
 
 }  // namespace

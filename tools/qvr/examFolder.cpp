@@ -115,9 +115,12 @@ std::vector<std::string> ExamFolder::names() const {
 
 ExamRecord ExamFolder::read() const {
     std::error_code error;
-    if (!fs::exists(m_path, error))
+    const auto status = fs::status(m_path, error);
+    if (status.type() == fs::file_type::not_found)
         throw Failure(Exit::unreadable, m_path, "not read", "there is no such folder", "Check the path.");
-    if (!fs::is_directory(m_path, error))
+    if (status.type() == fs::file_type::none)
+        throw Failure(Exit::unreadable, m_path, "not read", error.message(), "Check the path.");
+    if (status.type() != fs::file_type::directory)
         throw Failure(Exit::unreadable, m_path, "not read", "it is no folder", "Name an exam folder.");
     if (!hasExamFile())
         throw Failure(Exit::unreadable, m_path, "not read", "it is no exam folder: it has no exam.json",
