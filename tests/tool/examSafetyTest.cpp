@@ -8,6 +8,7 @@
 #include <atomic>
 #include <cstdio>
 #include <filesystem>
+#include <map>
 #include <nlohmann/json.hpp>
 #include <thread>
 
@@ -128,6 +129,35 @@ TEST_F(ExamSafetyTest, PatientAndPixelsComeFromOneReading) {
     done = true;
     exchange.join();
     EXPECT_GT(built, 10);
+}
+
+// Everything below a folder, by name.
+std::map<std::string, std::string> contentsOf(const std::string& folder) {
+    std::map<std::string, std::string> all;
+    for (const auto& entry : fs::recursive_directory_iterator(folder))
+        all[entry.path().string()] = entry.is_directory() ? "folder" : contentOf(entry.path().string());
+    return all;
+}
+
+TEST_F(ExamSafetyTest, ExportReplacesNoFileOfTheExam) {
+    DicomSpec spec;
+    writeDicom(in("a.dcm"), spec);
+    spec.uid = "R." + spec.uid;  // exported as raw, its name is that of the first one's raw copy
+    writeDicom(in("b.dcm"), spec);
+    ASSERT_EQ(build().code, 0);
+    fs::create_directory(m_folder / "out");
+    fs::create_symlink("../exam/Cache/I.1.2.3.4.raw", m_folder / "out/1.2.3.4.png");
+    fs::create_directory_symlink("exam/Cache", m_folder / "other");
+    const auto before = contentsOf(exam());
+    for (const Arguments& where : {Arguments{m_folder / "out"},
+                                   {exam("Cache"), "--format", "raw"},
+                                   {m_folder / "other", "--format", "dcm"}}) {
+        const auto result = runTool(joined({"exam", "export", exam(), "--force", "-o"}, where));
+        EXPECT_EQ(result.code, 6) << where[0];
+        EXPECT_NE(result.err.find("the exam's own files"), std::string::npos) << result.err;
+        EXPECT_EQ(contentsOf(exam()), before);
+    }
+    EXPECT_EQ(runTool({"exam", "export", exam(), "-o", exam()}).code, 0);
 }
 
 }  // namespace

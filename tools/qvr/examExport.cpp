@@ -123,7 +123,13 @@ Exit exportExam(const ExportRequest& request, const Common& common, Console& con
         return fmt::format("{}/{}.{}", request.folder, uid, request.format);
     };
     makeFolder(request.folder);
-    for (const auto& uid : uids) checkTarget(target(uid), "", common.force);  // all or nothing
+    const ExamFiles own(folder);
+    for (const auto& uid : uids) {  // all or nothing
+        if (own.hold(target(uid)))
+            throw Failure(Exit::refused, target(uid), "not written",
+                          "it is one of the exam's own files, or lies among them", "Name another folder.");
+        checkTarget(target(uid), "", common.force);
+    }
 
     std::size_t next = 0;
     return forEachFile(uids, common, console, [&](const std::string& uid) {
