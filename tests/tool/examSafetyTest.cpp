@@ -4,6 +4,7 @@
 #include <dcmtk/dcmdata/dcdeftag.h>
 #include <fcntl.h>
 #include <gtest/gtest.h>
+#include <sys/file.h>
 
 #include <atomic>
 #include <cstdio>
@@ -158,6 +159,112 @@ TEST_F(ExamSafetyTest, ExportReplacesNoFileOfTheExam) {
         EXPECT_EQ(contentsOf(exam()), before);
     }
     EXPECT_EQ(runTool({"exam", "export", exam(), "-o", exam()}).code, 0);
+}
+
+// An exam of Anna, and Bert and Cleo waiting in its place.
+class ReplacedExamTest : public ExamSafetyTest {
+protected:
+    ReplacedExamTest() {
+        portrait(in("a.dcm"), 1, {"1.2.1", "Anna"}, kSide);
+        if (build().code != 0) throw std::runtime_error("no exam");
+        m_before = contentsOf(exam());
+        portrait(in("b.dcm"), 2, {"1.2.2", "Bert"}, kSide);
+        portrait(in("a.dcm"), 1, {"1.2.3", "Cleo"}, kSide);
+    }
+
+    static constexpr int kSide = 300;
+    std::map<std::string, std::string> m_before;
+};
+
+TEST_F(ReplacedExamTest, IsKeptUntilTheNewOneIsWhole) {
+    for (const rlim_t room : {500, 4000, 100000}) {
+        const auto failed = build({"--force"}, {{}, "/dev/null", room});
+        EXPECT_EQ(failed.code, 5) << failed.err;
+        EXPECT_EQ(contentsOf(exam()), m_before) << room;
+    }
+    EXPECT_NE(build({"--force"}, {{}, "/dev/null", 100000}).err.find("The exam that was there is kept"),
+              std::string::npos);
+    EXPECT_EQ(build({"--force"}).code, 0);
+    EXPECT_EQ(record()["studies"].size(), 2U);
+    EXPECT_EQ(runTool({"cache", "check", exam()}).code, 0);
+    EXPECT_EQ(contentsOf(exam()).size(), 6U);
+}
+
+// Kills the program at many moments of a build: the exam file and its pixels are those of one exam.
+TEST_F(ReplacedExamTest, IsOneOfTheTwoWhenTheProgramIsKilled) {
+    int old = 0, young = 0;
+    for (long moment = 1; moment <= 40 && (old < 5 || young < 2); ++moment) {
+        build({"--force"}, {{}, "/dev/null", RLIM_INFINITY, 4000 * moment});
+        const auto list = runTool({"cache", "check", exam(), "--json", "--progress", "never"}).out;
+        const bool first = record()["studies"][0]["patient_family_name"] == "Anna";
+        const std::size_t images = first ? 1 : 2;
+        std::size_t whole = 0;
+        for (auto at = list.find("\"result\":\"ok\""); at != std::string::npos;
+             at = list.find("\"result\":\"ok\"", at + 1))
+            ++whole;
+        EXPECT_EQ(whole, images) << list;
+        ++(first ? old : young);
+    }
+    EXPECT_GE(old, 1);
+    EXPECT_GE(young, 1);
+}
+
+TEST_F(ReplacedExamTest, IsNotReplacedThroughLinksNorByItsOwnFiles) {
+    const auto inputs = [this] { return contentsOf(in()); };
+    const auto before = inputs();
+    const std::string names[] = {"exam.json", "Cache", "Cache/R.1.2.3.1.raw", "Cache/I.1.2.3.1.raw"};
+    for (const auto& name : names) {
+        SCOPED_TRACE(name);
+        fs::remove_all(exam());
+        fs::create_directories(exam(name == "Cache" ? "" : "Cache"));
+        fs::create_symlink(name == "Cache" ? in() : in("a.dcm"), exam(name));
+        const auto result = build({"--force"});
+        EXPECT_EQ(result.code, 6) << result.err;
+        EXPECT_TRUE(fs::is_symlink(exam(name)));
+        EXPECT_EQ(inputs(), before);
+    }
+    fs::remove_all(exam());
+    fs::create_directories(exam("Cache"));
+    const auto own = portrait(exam("Cache/R.1.2.3.1.raw"), 1, {});
+    const auto content = contentOf(own);
+    const auto result = runTool({"exam", "build", exam("Cache"), "-o", exam(), "--force"});
+    EXPECT_EQ(result.code, 6) << result.err;
+    EXPECT_EQ(contentOf(own), content);
+}
+
+TEST_F(ReplacedExamTest, HasOneWriterAtATime) {
+    const int folder = open(exam().c_str(), O_RDONLY | O_DIRECTORY);
+    ASSERT_EQ(flock(folder, LOCK_EX), 0);
+    fs::resize_file(exam("Cache/I.1.2.3.1.raw"), 10);
+    const auto before = contentsOf(exam());
+    for (const Arguments& command : {Arguments{"exam", "build", in(), "-o", exam(), "--force"},
+                                     {"exam", "build", in(), "-o", exam()},
+                                     {"cache", "check", exam(), "--repair"}}) {
+        const auto result = runTool(command);
+        EXPECT_EQ(result.code, 6);
+        EXPECT_NE(result.err.find("it is in use"), std::string::npos) << result.err;
+        EXPECT_EQ(contentsOf(exam()), before);
+    }
+    EXPECT_EQ(runTool({"cache", "check", exam()}).code, 1);
+    close(folder);
+    EXPECT_EQ(runTool({"cache", "check", exam(), "--repair"}).code, 0);
+}
+
+TEST_F(ExamSafetyTest, OfTwoBuildsIntoOneNewFolderOneIsRefused) {
+    fs::create_directory(m_folder / "other");
+    portrait(in("a.dcm"), 1, {"1.2.1", "Anna"});
+    portrait(m_folder / "other/b.dcm", 2, {"1.2.2", "Bert"});
+    for (int round = 0; round < 8; ++round) {
+        fs::remove_all(exam());
+        ToolResult other;
+        std::thread second([&] { other = runTool({"exam", "build", m_folder / "other", "-o", exam()}); });
+        const auto first = build();
+        second.join();
+        EXPECT_EQ(std::min(first.code, other.code), 0);
+        EXPECT_EQ(std::max(first.code, other.code), 6) << first.err << other.err;
+        EXPECT_EQ(record()["studies"][0]["patient_family_name"], first.code == 0 ? "Anna" : "Bert");
+        EXPECT_EQ(runTool({"cache", "check", exam()}).code, 0);
+    }
 }
 
 }  // namespace

@@ -44,6 +44,8 @@ public:
     const std::string& path() const { return m_path; }
     std::string examFile() const { return m_path + "/exam.json"; }
     std::string cache() const { return m_path + "/Cache"; }
+    /// Where the cache of an exam waits that this one replaces.
+    std::string replaced() const { return m_path + "/replaced"; }
     std::string rawCopy(const std::string& uid) const;
     std::string imageFile(const std::string& uid) const;
     std::string workFile(const std::string& uid) const;

@@ -91,8 +91,9 @@ public:
         if (fs::equivalent(m_request.source, m_request.exam, error))
             throw Failure(Exit::refused, m_request.exam, "not built", "it is the folder of the input files",
                           "Name another one.");
-        const auto before = m_builder.checkFolder(m_common.force);
+        m_builder.checkFolder(m_common.force);
         const auto files = dicomFiles(m_request, m_console);
+        m_builder.checkInputs(files);
         Exit result = Exit::done;
         try {
             result = forEachFile(files, m_common, m_console,
@@ -103,7 +104,7 @@ public:
         }
         const auto left = m_builder.finish();
         if (!left.empty()) throw notWrittenOut(left);
-        report(before);
+        report(m_builder.putInPlace());
         return result;
     }
 
@@ -139,14 +140,17 @@ private:
     }
 
     Failure notWrittenOut(const std::vector<std::string>& left) const {
-        return {Exit::notWritten, m_request.exam, "not finished",
-                fmt::format("{} {} not written out: {}; the raw copies are there", left.size(),
-                            left.size() == 1 ? "image was" : "images were", fmt::join(left, ", ")),
-                fmt::format("Make room, then use qvr cache check {} --repair.", m_request.exam)};
+        return {
+            Exit::notWritten, m_request.exam, "not finished",
+            fmt::format("{} {} not written out: {}{}", left.size(),
+                        left.size() == 1 ? "image was" : "images were", fmt::join(left, ", "),
+                        m_builder.replaces() ? "" : "; the raw copies are there"),
+            m_builder.kept(fmt::format("Make room, then use qvr cache check {} --repair.", m_request.exam))};
     }
 
     // The failure itself is told by whoever catches it; here the exam is brought to rest as far as that goes.
     void finishAfterFailure() {
+        if (m_builder.replaces()) return;
         try {
             const auto left = m_builder.finish();
             if (!left.empty())

@@ -110,10 +110,7 @@ public:
         }
         if (result != 0 && errno == EEXIST) exists(m_target);
         if (result != 0) failed(errno);
-        const int folder = open(folderOf(m_real).c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
-        if (folder < 0) return;
-        fsync(folder);  // the name is safe too; the data are so already
-        close(folder);
+        syncFolder(folderOf(m_real));  // the data are safe already
     }
     /// Takes a name back that replaced no file.
     void giveNameUp() { unlink(m_real.c_str()); }
@@ -161,6 +158,13 @@ std::string readableSize(double bytes) {
     int unit = 0;
     for (; bytes >= 1000 && unit < 3; ++unit) bytes /= 1000;
     return unit == 0 ? fmt::format("{:.0f} bytes", bytes) : fmt::format("{:.1f} {}", bytes, units[unit]);
+}
+
+void syncFolder(const std::string& folder) {
+    const int opened = open(folder.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
+    if (opened < 0) return;
+    fsync(opened);
+    close(opened);
 }
 
 double freeSpace(const std::string& folder) {

@@ -23,6 +23,8 @@ void writeSafely(const std::string& target, std::span<const std::uint8_t> bytes,
 void writeBothSafely(const std::string& first, std::span<const std::uint8_t> firstBytes,
                      const std::string& second, std::span<const std::uint8_t> secondBytes, bool force);
 
+/// Makes the names in a folder safe on disk.
+void syncFolder(const std::string& folder);
 /// Bytes that may still be written into a folder; 0 when that cannot be told.
 double freeSpace(const std::string& folder);
 /// "8.1 MB"
