@@ -239,6 +239,7 @@ TEST_F(ReplacedExamTest, HasOneWriterAtATime) {
     const auto before = contentsOf(exam());
     for (const Arguments& command : {Arguments{"exam", "build", in(), "-o", exam(), "--force"},
                                      {"exam", "build", in(), "-o", exam()},
+                                     {"exam", "export", exam(), "-o", m_folder / "out"},
                                      {"cache", "check", exam(), "--repair"}}) {
         const auto result = runTool(command);
         EXPECT_EQ(result.code, 6);
@@ -246,8 +247,12 @@ TEST_F(ReplacedExamTest, HasOneWriterAtATime) {
         EXPECT_EQ(contentsOf(exam()), before);
     }
     EXPECT_EQ(runTool({"cache", "check", exam()}).code, 1);
+    EXPECT_FALSE(fs::exists(m_folder / "out"));
+    flock(folder, LOCK_SH);  // as an export does
+    EXPECT_EQ(build({"--force"}).code, 6);
     close(folder);
     EXPECT_EQ(runTool({"cache", "check", exam(), "--repair"}).code, 0);
+    EXPECT_EQ(runTool({"exam", "export", exam(), "-o", m_folder / "out"}).code, 0);
 }
 
 TEST_F(ExamSafetyTest, OfTwoBuildsIntoOneNewFolderOneIsRefused) {

@@ -128,7 +128,7 @@ void ExamBuilder::checkFolder(bool force) {
 
 // From here on nobody else writes into the folder, so what is found in it stays so.
 void ExamBuilder::enter() {
-    m_lock = std::make_unique<ExamLock>(m_folder.path());
+    m_lock = std::make_unique<ExamLock>(m_folder.path(), ExamLock::Use::writing);
     checkOwnName(m_folder, m_folder.examFile(), fs::file_type::regular);
     checkOwnName(m_folder, m_folder.cache(), fs::file_type::directory);
     m_replaces = m_folder.hasExamFile() || !m_folder.cacheNames().empty();

@@ -8,6 +8,7 @@
 
 #include "dicomWriter.h"
 #include "examDicom.h"
+#include "examLock.h"
 #include "examTree.h"
 #include "examVerbs.h"
 #include "fileLoop.h"
@@ -115,6 +116,7 @@ const std::vector<std::pair<std::string, std::string>>& exportFormats() {
 
 Exit exportExam(const ExportRequest& request, const Common& common, Console& console) {
     const ExamFolder folder(request.exam);
+    const ExamLock lock(folder.path(), ExamLock::Use::reading);  // records and pixels are of one exam
     ExamRecord record = folder.read();
     const auto images = imagesOf(record);
     std::vector<std::string> uids;

@@ -11,11 +11,13 @@
 
 namespace qvr::tool {
 
-ExamLock::ExamLock(const std::string& folder)
+ExamLock::ExamLock(const std::string& folder, Use use)
     : m_fd(open(folder.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC)) {
-    if (m_fd < 0 || flock(m_fd, LOCK_EX | LOCK_NB) == 0 || errno != EWOULDBLOCK) return;
+    if (m_fd < 0 || flock(m_fd, (use == Use::writing ? LOCK_EX : LOCK_SH) | LOCK_NB) == 0 ||
+        errno != EWOULDBLOCK)
+        return;
     close(m_fd);
-    throw Failure(Exit::refused, folder, "refused", "it is in use, another qvr is writing into it",
+    throw Failure(Exit::refused, folder, "refused", "it is in use by another qvr",
                   "Wait until that has ended.");
 }
 

@@ -49,7 +49,7 @@ public:
     Exit run(const Common& common, Console& console) override {
         const ExamFolder folder(m_path);
         std::optional<ExamLock> lock;
-        if (m_repair) lock.emplace(m_path);
+        if (m_repair) lock.emplace(m_path, ExamLock::Use::writing);
         ExamRecord exam = readExam(folder, console);
         try {
             checkImages(folder, exam, common, console);
