@@ -193,8 +193,8 @@ TEST_F(ReplacedExamTest, IsKeptUntilTheNewOneIsWhole) {
 // Kills the program at many moments of a build: the exam file and its pixels are those of one exam.
 TEST_F(ReplacedExamTest, IsOneOfTheTwoWhenTheProgramIsKilled) {
     int old = 0, young = 0;
-    for (long moment = 1; moment <= 40 && (old < 5 || young < 2); ++moment) {
-        build({"--force"}, {{}, "/dev/null", RLIM_INFINITY, 4000 * moment});
+    for (double moment = 4000; moment < 2e7 && (old < 5 || young < 2); moment *= 1.15) {
+        build({"--force"}, {{}, "/dev/null", RLIM_INFINITY, static_cast<long>(moment)});
         const auto list = runTool({"cache", "check", exam(), "--json", "--progress", "never"}).out;
         const bool first = record()["studies"][0]["patient_family_name"] == "Anna";
         const std::size_t images = first ? 1 : 2;

@@ -102,8 +102,10 @@ std::error_code exchange(const std::vector<std::pair<std::string, std::string>>&
 ExamBuilder::ExamBuilder(ExamFolder folder) : m_folder(std::move(folder)), m_place(m_folder) {}
 
 ExamBuilder::~ExamBuilder() {
-    std::error_code ignored;
-    if (m_place.path() != m_folder.path()) fs::remove_all(m_place.path(), ignored);
+    std::error_code error;
+    // Pixels of the exam that was there may be in it when they could not be put back.
+    if (m_place.path() != m_folder.path() && !fs::exists(m_place.replaced(), error) && !error)
+        fs::remove_all(m_place.path(), error);
 }
 
 void ExamBuilder::checkFolder(bool force) {
@@ -351,6 +353,7 @@ std::set<std::string> ExamBuilder::putInPlace() {
         {m_place.examFile(), m_folder.examFile()},  // the last one, since it cannot be taken back
     };
     if (!hadCache) renames.erase(renames.begin());
+    syncFolder(m_place.cache());
     error = exchange(renames);
     if (error) throw Failure(Exit::notWritten, m_folder.path(), "not built", error.message(), kept(""));
     // What the new exam has no file for stays: raw copies of other images, and files that are not the exam's.
