@@ -337,7 +337,7 @@ std::vector<std::string> ExamBuilder::finish() {
 
 std::set<std::string> ExamBuilder::putInPlace() {
     if (!m_replaces || m_series.empty()) return {};
-    const auto uids = m_folder.hasExamFile() ? namedIn(m_folder) : std::set<std::string>();
+    auto uids = m_folder.hasExamFile() ? namedIn(m_folder) : std::set<std::string>();
     const std::string old = m_place.replaced();
     const bool hadCache = m_folder.hasCache();
     const auto before = m_folder.cacheNames();
@@ -361,7 +361,7 @@ std::set<std::string> ExamBuilder::putInPlace() {
     for (const auto& name : before) {
         const std::string back = m_folder.cache() + '/' + name;
         if (fs::symlink_status(back, ignored).type() != fs::file_type::not_found) continue;
-        fs::rename(old + '/' + name, back, error);
+        fs::rename(fs::path(old) / name, back, error);
         all = all && !error;
     }
     syncFolder(m_folder.cache());
