@@ -2,6 +2,7 @@
 #include <dcmtk/dcmdata/dcdatset.h>
 #include <dcmtk/dcmdata/dcdeftag.h>
 #include <gtest/gtest.h>
+#include <sys/stat.h>
 
 #include <algorithm>
 #include <filesystem>
@@ -62,12 +63,17 @@ public:
             "onlyLatin.conf",
             std::string("<fontconfig><dir>/usr/share/fonts/truetype/liberation</dir></fontconfig>"));
         m_folder.file("noFont.conf", std::string("<fontconfig></fontconfig>"));
-        for (const char* name : {"dicoms", "exam", "broken"}) std::filesystem::create_directory(*this / name);
+        for (const char* name : {"dicoms", "exam", "broken", "piped"})
+            std::filesystem::create_directory(*this / name);
         writeDicom(*this / "dicoms/a.dcm", {});
         m_folder.file("exam/exam.json", std::string("{\"format\":\"qvr-exam\",\"version\":1,\"display\":"
                                                     "{\"width\":9,\"height\":9},\"studies\":[]}"));
         m_folder.file("broken/exam.json", std::string("{\"format\":\"qvr-exam\""));
         std::filesystem::create_directory(*this / "folder.png");
+        for (const char* name : {"pipe", "piped/exam.json"}) mkfifo((*this / name).c_str(), 0600);
+        const std::pair<const char*, const char*> links[] = {
+            {"linked-gsps.dcm", "linked.dcm"}, {"there-gsps.dcm", "there.dcm"}, {"loop.png", "loop.png"}};
+        for (const auto& [name, target] : links) std::filesystem::create_symlink(target, *this / name);
         std::filesystem::copy_file(*this / "good.dcm", *this / "source.png");
     }
     std::string operator/(const std::string& name) const { return m_folder / name; }
@@ -78,7 +84,9 @@ public:
     std::map<std::string, std::string> content() const {
         std::map<std::string, std::string> all;
         for (const auto& entry : std::filesystem::recursive_directory_iterator(m_folder.path()))
-            all[entry.path().string()] = entry.is_directory() ? "folder" : contentOf(entry.path().string());
+            all[entry.path().string()] = entry.is_symlink()        ? "link"
+                                         : entry.is_regular_file() ? contentOf(entry.path().string())
+                                                                   : "no file";
         return all;
     }
 
@@ -145,8 +153,10 @@ ToolSetting full(rlim_t bytes) {
 ToolSetting fonts(const std::string& configuration) {
     return {{{"FONTCONFIG_FILE", inputs() / configuration}}};
 }
+const ToolSetting kNotForEver = {{}, "/dev/null", RLIM_INFINITY, 5000000};
 const Arguments kBuild = {"exam", "build", "@dicoms", "-o", "@out"};
 const Arguments kL = {"--mark", "L@left,top"};
+const Arguments kBoth = joined(kL, {"--marks", "both"});
 const Arguments kFour = joined(joined(kL, kL), joined(kL, kL));
 
 TEST(BadInput, Usage) {
@@ -178,6 +188,7 @@ TEST(BadInput, Files) {
          {"pixelsMissing", ask("@nopixels.dcm"), 3, "no pixel data"},
          {"tooFewPixels", ask("@toofew.dcm"), 3, "12288 of 122880 bytes"},
          {"contradiction", ask("@contradiction.dcm"), 3, "contradicts"},
+         {"pipe", ask("@pipe"), 3, "no ordinary file", kNotForEver},
          {"rawSize", {"info", "--raw", "10x6", "@short.raw"}, 3, "need 120 bytes, it has 100"},
          {"pgmCut", ask("@short.pgm"), 3, "3 of 20000 bytes"},
          {"noDictionary", ask("@good.dcm"), 3, "dictionary", {{{"DCMDICTPATH", "/nowhere"}}}},
@@ -189,6 +200,12 @@ TEST(BadInput, Files) {
          {"jpeg2000", render("@j2k.dcm"), 4, "JPEG 2000 (1.2.840.10008.1.2.4.90), which this build cannot"},
          {"exists", to("render", "@there.png"), 6, "exists already"},
          {"isTheInput", {"render", "@source.png", "-o", "@source.png", "--force"}, 6, "input itself"},
+         {"isStandardInput",
+          {"edit", "-", "--mirror", "-o", "@good.pgm", "--force"},
+          6,
+          "input itself",
+          {{}, inputs() / "good.pgm"}},
+         {"linkLoop", to("render", "@loop.png", {"--force"}), 5, "symbolic links"},
          {"device", {"render", "@good.dcm", "-o", "/dev/../dev/null", "--force"}, 2, "extension"},
          {"folderForAFile", {"render", "@good.dcm", "-o", "@folder.png", "--force"}, 5, "folder"},
          {"fileForAFolder", {"render", "@good.dcm", "-o", "@text.dcm/out.png"}, 5, "no folder"},
@@ -206,9 +223,17 @@ TEST(BadInput, Exams) {
          {"examIsTheSource", {"exam", "build", "@dicoms", "-o", "@dicoms", "--force"}, 6, "input files"},
          {"examExists", {"exam", "build", "@dicoms", "-o", "@exam"}, 6, "--force"},
          {"listNoExam", {"exam", "list", "@dicoms"}, 3, "no exam.json"},
+         {"listPipe",
+          {"exam", "list", "@piped"},
+          3,
+          "exam.json: not read: it is no ordinary file",
+          kNotForEver},
+         {"listLinkLoop", {"exam", "list", "@loop.png"}, 3, "symbolic links"},
          {"checkBroken", {"cache", "check", "@broken", "--repair"}, 3, "no JSON text"},
          {"examDiskFull", kBuild, 5, "R.1.2.3.4.raw: not written", full(8000)},
          {"examFileDiskFull", kBuild, 5, "exam.json: not written", full(500)},
+         {"exportIntoALinkLoop", {"exam", "export", "@exam", "-o", "@loop.png"}, 5, "symbolic links"},
+         {"exportLongName", {"exam", "export", "@exam", "-o", "@" + std::string(300, 'n')}, 5, "too long"},
          {"exportIntoAFile", {"exam", "export", "@exam", "-o", "@good.dcm"}, 5, "good.dcm"}});
 }
 
@@ -237,6 +262,8 @@ TEST(BadInput, Writing) {
          {"burnNoChineseFont", to("burn", "@out.dcm", {"--mark", "\xe5\xb7\xa6@left,top"}), 6,
           "mark \"\xe5\xb7\xa6\": no installed font has U+5DE6.", fonts("onlyLatin.conf")},
          {"burnNoFontAtAll", to("burn", "@out.dcm", kL), 6, "no usable font", fonts("noFont.conf")},
+         {"burnBothIntoOneFile", to("burn", "@there.dcm", joined(kBoth, {"--force"})), 6, "same file"},
+         {"burnBothLongName", to("burn", "@" + std::string(250, 'n') + ".dcm", kBoth), 5, "too long"},
          {"printHugeFilm", to("print", "@out.png", {"--film", "800x10in@300dpi"}), 2, "32767"},
          {"printRegionOutside", to("print", "@out.png", {"--region", "0,0,97,10"}), 2, "96 x 64"},
          {"printMarkOutsideTheRegion",

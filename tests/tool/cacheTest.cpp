@@ -165,6 +165,17 @@ TEST(CacheCheck, NamesFilesOfNoImageAndRemovesTemporaryOnesOnly) {
                 fs::exists(exam.path() + "/Cache/notes.txt"));
 }
 
+TEST(CacheCheck, RemovesNoPixelsOfAReplacedExam) {
+    const Exam exam;
+    fs::create_directories(exam.path() + "/.qvr-a1B2c3/Cache");
+    fs::create_directories(exam.path() + "/.qvr-a1B2c4/replaced");
+    const auto repaired = exam.check({"--repair"});
+    EXPECT_EQ(repaired.code, 1);
+    EXPECT_NE(repaired.out.find("3 images, 1 problem"), std::string::npos) << repaired.out;
+    EXPECT_FALSE(fs::exists(exam.path() + "/.qvr-a1B2c3"));
+    EXPECT_TRUE(fs::exists(exam.path() + "/.qvr-a1B2c4/replaced"));
+}
+
 TEST(CacheCheck, LeavesAShortFileWhereTheRepairFails) {
     const Exam exam;
     fs::resize_file(exam.image(2), 100);

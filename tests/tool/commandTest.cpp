@@ -220,4 +220,11 @@ TEST(Help, NamesTheVersionAndTheOptions) {
     EXPECT_NE(runTool({"render", "--help"}).out.find("--letterbox"), std::string::npos);
 }
 
+TEST(StandardOutput, IsReportedWhenItTakesNoMore) {
+    for (const char* asked : {"--help", "--version"}) {
+        EXPECT_EQ(runTool({asked}).code, 0);
+        EXPECT_EQ(runTool({asked}, {{}, "/dev/null", 2}).code, 5) << asked;
+    }
+}
+
 }  // namespace

@@ -139,11 +139,13 @@ TEST_F(ExamTest, IsBuiltListedAndExportedAsRendered) {
     writeDicoms(source, 8);
     fs::rename(source + "/f03.dcm", source + "/deeper/f03.dcm");
     m_temporary.file("in/notes.txt", std::string("no image"));
+    fs::create_directory_symlink(m_temporary.path(), source + "/linked");
     m_temporary.file("in/DICOMDIR", std::string("directory of the medium"));
     const auto built = run({"exam", "build", source, "-o", m_folder.path()});
     EXPECT_EQ(built.out, m_folder.path() + "  8 images in 1 study\n");
     EXPECT_NE(built.err.find("2 other files are left out"), std::string::npos) << built.err;
 
+    EXPECT_NE(built.err.find("1 link to a folder is left out"), std::string::npos) << built.err;
     const auto list = run({"exam", "list", m_folder.path()});
     EXPECT_EQ(std::count(list.out.begin(), list.out.end(), '\n'), 8);
     run({"exam", "export", m_folder.path(), "-o", m_temporary / "png"});

@@ -6,6 +6,7 @@
 
 #include <algorithm>
 #include <cstdlib>
+#include <filesystem>
 #include <nlohmann/json.hpp>
 
 #include "dicomMaker.h"
@@ -164,6 +165,15 @@ TEST_F(BurnTest, BothWritesTwoFilesThatReferToTheSource) {
     EXPECT_EQ(attributeText(*item, DCM_BoundingBoxTopLeftHandCorner), "101\\61");
     EXPECT_EQ(attributeText(*item, DCM_BoundingBoxBottomRightHandCorner),
               std::to_string(100 + box[2].get<int>()) + "\\" + std::to_string(60 + box[3].get<int>()));
+
+    // A name that another file takes in the meantime, here a link to a file that is not there: neither file is written.
+    const auto taken = m_folder / "taken-gsps.dcm";
+    std::filesystem::create_symlink("nothing", taken);
+    const auto refused = runTool({"burn", m_source, "-o", m_folder / "taken.dcm", "--marks", "both", "--mark",
+                                  "L@100,60", "--window", "2000,4000"});
+    EXPECT_EQ(refused.code, 6) << refused.err;
+    EXPECT_FALSE(std::filesystem::exists(m_folder / "taken.dcm"));
+    EXPECT_EQ(std::distance(std::filesystem::directory_iterator(m_folder.path()), {}), 4);
 
     if (std::system("command -v dcmpschk >/dev/null") != 0) GTEST_SKIP() << "dcmpschk is not installed";
     const auto log = m_folder / "check.txt";

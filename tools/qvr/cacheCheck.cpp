@@ -88,9 +88,19 @@ std::vector<StrayFile> strayFiles(const ExamFolder& folder, ExamRecord& exam) {
     std::set<std::string> known;
     for (const auto& image : imagesOf(exam)) known.insert(image.uid());
     std::vector<StrayFile> strays;
-    for (const auto& name : folder.names())
-        if (isTemporaryName(name))
-            strays.push_back({Kind::temporary, name, sizeOf(folder.path() + '/' + name), false});
+    for (const auto& name : folder.names()) {
+        if (!isTemporaryName(name)) continue;
+        const ExamFolder unfinished(folder.path() + '/' + name);
+        std::error_code error;
+        if (!fs::is_directory(unfinished.path(), error))
+            strays.push_back({Kind::temporary, name, sizeOf(unfinished.path()), false});
+        else
+            strays.push_back({Kind::unfinished, name,
+                              fs::exists(unfinished.replaced(), error)
+                                  ? "pixels of the replaced exam are in it"
+                                  : "nothing of the replaced exam is in it",
+                              false});
+    }
 
     std::set<std::string> unknown;
     for (const auto& name : folder.cacheNames()) {
@@ -115,7 +125,11 @@ std::vector<StrayFile> strayFiles(const ExamFolder& folder, ExamRecord& exam) {
 
 bool removeTemporary(const ExamFolder& folder, const StrayFile& file) {
     std::error_code error;
-    return fs::remove(folder.path() + '/' + file.name, error);
+    const ExamFolder place(folder.path() + '/' + file.name);
+    if (file.kind != StrayFile::Kind::unfinished) return fs::remove(place.path(), error);
+    if (fs::exists(place.replaced(), error)) return false;
+    fs::remove_all(place.path(), error);
+    return !error;
 }
 
 }  // namespace qvr::tool

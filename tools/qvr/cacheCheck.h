@@ -24,6 +24,7 @@ struct StrayFile {
         unknownImage,  ///< raw copy or image file of an image that the exam file does not know
         workFile,      ///< pixels that a host wrote out and never committed
         temporary,     ///< left behind by a write that was killed
+        unfinished,  ///< folder of an exam that was to replace this one, left behind by a build that was killed
         other
     };
     Kind kind = Kind::other;
@@ -43,7 +44,7 @@ ImageCheck repairImage(const ExamFolder& folder, ImageRecord& image);
 /// @param exam  may be empty, where there is no exam file. @throws Failure when a folder cannot be read
 std::vector<StrayFile> strayFiles(const ExamFolder& folder, ExamRecord& exam);
 
-/// Removes what a killed write left behind. @return true when the file is gone
+/// Removes what a killed write or build left behind, but no folder that holds the pixels of a replaced exam. @return true when the file is gone
 bool removeTemporary(const ExamFolder& folder, const StrayFile& file);
 
 }  // namespace qvr::tool

@@ -111,6 +111,7 @@ DicomRecords readRecords(const std::string& file, std::span<const std::uint8_t> 
     set.convertToUTF8();
     const DicomHeader header(file, set);
     DicomRecords records;
+    records.file = file;
     readStudy(header, records);
     readSeries(header, records);
     readImage(header, records);

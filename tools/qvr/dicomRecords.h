@@ -10,6 +10,7 @@
 namespace qvr::tool {
 
 struct DicomRecords {
+    std::string file;  ///< that they were read from
     QVR_ST_STUDY study;
     dcmStudy::Modality kind = dcmStudy::DX;  ///< CR for computed radiography, DX for everything else
     QVR_ST_SERIES series;

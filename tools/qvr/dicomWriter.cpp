@@ -179,15 +179,18 @@ DicomFile encodeDicom(const DicomImage& image) {
     return {dicomBytes(format), std::move(uid)};
 }
 
-std::string writeDicom(const std::string& target, const DicomImage& image, bool force) {
+DicomFile encodeDicom(const std::string& target, const DicomImage& image) {
     try {
-        const auto file = encodeDicom(image);
-        writeSafely(target, file.bytes, force);
-        return file.sopInstanceUid;
+        return encodeDicom(image);
     } catch (const Failure& failure) {
-        if (failure.code() == Exit::notWritten || failure.code() == Exit::refused) throw;
         throw failure.about(target);
     }
+}
+
+std::string writeDicom(const std::string& target, const DicomImage& image, bool force) {
+    const auto file = encodeDicom(target, image);
+    writeSafely(target, file.bytes, force);
+    return file.sopInstanceUid;
 }
 
 }  // namespace qvr::tool

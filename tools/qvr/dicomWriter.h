@@ -45,6 +45,8 @@ struct DicomFile {
 };
 /// @throws Failure for a window below 1, pixels beyond 14 bits or more than 65535 rows or columns
 DicomFile encodeDicom(const DicomImage& image);
+/// The same; its sentences name the file that it is for.
+DicomFile encodeDicom(const std::string& target, const DicomImage& image);
 
 /// Writes the file as safeFile.h does; checkTarget comes first. @return its SOP Instance UID
 std::string writeDicom(const std::string& target, const DicomImage& image, bool force);

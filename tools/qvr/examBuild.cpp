@@ -5,6 +5,9 @@
 #include <unistd.h>
 
 #include <algorithm>
+#include <cerrno>
+#include <cstdlib>
+#include <cstring>
 #include <filesystem>
 
 #include "errors.h"
@@ -37,20 +40,76 @@ std::set<std::string> namedIn(const ExamFolder& folder) {
     return uids;
 }
 
+// What differs between the patients of two studies; nothing when they are one.
+const char* otherPatient(const QVR_ST_STUDY& a, const QVR_ST_STUDY& b) {
+    if (!(a.PatientID == b.PatientID)) return "patient ID";
+    if (!(a.PatientFamilyName == b.PatientFamilyName && a.PatientGivenName == b.PatientGivenName))
+        return "patient name";
+    const auto born = [](const QVR_ST_STUDY& study) {
+        return study.PatientBirthDateValid ? dateText(study.PatientBirthDate) : std::string();
+    };
+    return born(a) == born(b) ? nullptr : "birth date";
+}
+
+// Without a UID, images are of one study when nothing that tells studies apart differs.
+bool sameStudy(const QVR_ST_STUDY& a, const QVR_ST_STUDY& b) {
+    if (!(a.StudyInstanceUID == b.StudyInstanceUID)) return false;
+    if (!a.StudyInstanceUID.IsEmpty()) return true;
+    const auto date = [](const QVR_ST_STUDY& study) {
+        return study.StudyDateTime.GetStatus() == COleDateTime::valid ? dateText(study.StudyDateTime)
+                                                                      : std::string();
+    };
+    return !otherPatient(a, b) && a.PatientSex == b.PatientSex && a.StudyID == b.StudyID &&
+           a.AccessionNumber == b.AccessionNumber && date(a) == date(b);
+}
+
 // The library only says that it failed.
-std::string whyNotWritten(const ExamFolder& folder, const PixelFileRecord& file) {
+std::string whyNotWritten(const ExamFolder& place, const PixelFileRecord& file) {
     const double needed = static_cast<double>(file.bytes());
-    const double space = freeSpace(folder.cache());
+    const double space = freeSpace(place.cache());
     if (space < needed)
         return fmt::format("no space left (needs {}, {} free)", readableSize(needed), readableSize(space));
     return fmt::format("the write of {} failed, or memory is short", readableSize(needed));
 }
 
+// What is there under a name of the exam and is neither a link nor of another kind.
+void checkOwnName(const ExamFolder& folder, const std::string& path, fs::file_type wanted) {
+    std::error_code error;
+    const auto type = fs::symlink_status(path, error).type();
+    if (type == fs::file_type::not_found || type == wanted) return;
+    throw Failure(Exit::refused, folder.path(), "not built",
+                  fmt::format("its {} is {}", fs::path(path).filename().string(),
+                              type == fs::file_type::symlink       ? "a link"
+                              : wanted == fs::file_type::directory ? "no folder"
+                                                                   : "no ordinary file"),
+                  "Name another folder.");
+}
+
+// One after the other; all or none.
+std::error_code exchange(const std::vector<std::pair<std::string, std::string>>& renames) {
+    std::error_code error, ignored;
+    for (std::size_t i = 0; i < renames.size(); ++i) {
+        fs::rename(renames[i].first, renames[i].second, error);
+        if (!error) continue;
+        while (i-- > 0) fs::rename(renames[i].second, renames[i].first, ignored);
+        return error;
+    }
+    return {};
+}
+
 }  // namespace
 
-ExamBuilder::ExamBuilder(ExamFolder folder) : m_folder(std::move(folder)) {}
+ExamBuilder::ExamBuilder(ExamFolder folder) : m_folder(std::move(folder)), m_place(m_folder) {}
 
-std::set<std::string> ExamBuilder::checkFolder(bool force) const {
+ExamBuilder::~ExamBuilder() {
+    std::error_code error;
+    // Pixels of the exam that was there may be in it when they could not be put back.
+    if (m_place.path() != m_folder.path() && !fs::exists(m_place.replaced(), error) && !error)
+        fs::remove_all(m_place.path(), error);
+}
+
+void ExamBuilder::checkFolder(bool force) {
+    m_force = force;
     std::error_code error;
     const auto status = fs::status(m_folder.path(), error);
     if (status.type() == fs::file_type::not_found) {
@@ -60,15 +119,59 @@ std::set<std::string> ExamBuilder::checkFolder(bool force) const {
         if (access(parent.c_str(), W_OK) != 0)
             notBuilt(m_folder, fmt::format("nothing may be written into the folder {}", parent),
                      "Check its permissions.");
-        return {};
+        return;
     }
+    if (status.type() == fs::file_type::none) notBuilt(m_folder, error.message(), "Name another one.");
     if (status.type() != fs::file_type::directory) notBuilt(m_folder, "it is no folder", "Name another one.");
     if (access(m_folder.path().c_str(), W_OK) != 0)
         notBuilt(m_folder, "nothing may be written into it", "Check its permissions.");
-    if (!force && (m_folder.hasExamFile() || !m_folder.cacheNames().empty()))
+    enter();
+}
+
+// From here on nobody else writes into the folder, so what is found in it stays so.
+void ExamBuilder::enter() {
+    m_lock = std::make_unique<ExamLock>(m_folder.path(), ExamLock::Use::writing);
+    checkOwnName(m_folder, m_folder.examFile(), fs::file_type::regular);
+    checkOwnName(m_folder, m_folder.cache(), fs::file_type::directory);
+    m_replaces = m_folder.hasExamFile() || !m_folder.cacheNames().empty();
+    if (m_replaces && !m_force)
         throw Failure(Exit::refused, m_folder.path(), "not built", "it holds an exam already",
                       "Use --force to replace it.");
-    return m_folder.hasExamFile() ? namedIn(m_folder) : std::set<std::string>();
+}
+
+void ExamBuilder::checkInputs(const std::vector<std::string>& files) const {
+    if (!m_replaces) return;
+    const ExamFiles own(m_folder);
+    for (const auto& file : files)
+        if (own.hold(file))
+            throw Failure(Exit::refused, m_folder.path(), "not built",
+                          fmt::format("the input {} is one of the files that would be replaced", file),
+                          "Name another folder.");
+}
+
+void ExamBuilder::begin() {
+    std::error_code error;
+    m_fresh = fs::create_directory(m_folder.path(), error);
+    if (error)
+        throw StopFailure(Exit::notWritten, m_folder.path(), "not built", error.message(),
+                          "Nothing was changed.");
+    try {
+        if (!m_lock) enter();
+    } catch (const Failure& failure) {
+        throw StopFailure(failure);
+    }
+    if (m_replaces) {
+        std::string pattern = m_folder.path() + "/.qvr-XXXXXX";
+        if (!mkdtemp(pattern.data()))
+            throw StopFailure(Exit::notWritten, m_folder.path(), "not built", std::strerror(errno),
+                              "Nothing was changed.");
+        m_place = ExamFolder(pattern);
+    }
+    m_begun = true;
+}
+
+std::string ExamBuilder::kept(const std::string& ofNewExam) const {
+    return m_replaces ? "The exam that was there is kept as it was." : ofNewExam;
 }
 
 void ExamBuilder::checkImage(const QVR_ST_IMAGE& image) const {
@@ -90,6 +193,19 @@ void ExamBuilder::checkImage(const QVR_ST_IMAGE& image) const {
             Exit::unsupported, "", "refused",
             fmt::format("{} x {} pixels, fitted into {} x {}, would be less than one pixel wide or high",
                         image.Width, image.Height, m_record.display.cx, m_record.display.cy));
+}
+
+// A study shows the patient of its first image over all of them.
+void ExamBuilder::checkPatient(const DicomRecords& records) const {
+    for (std::size_t i = 0; i < m_record.studies.size(); ++i) {
+        const auto& study = m_record.studies[i].attributes;
+        const char* other = sameStudy(study, records.study) ? otherPatient(study, records.study) : nullptr;
+        if (!other) continue;
+        throw Failure(
+            Exit::refused, "", "refused",
+            fmt::format("it has the Study Instance UID of {}, but another {}", m_firstFiles[i], other),
+            "Correct the UID, or build it into another exam.");
+    }
 }
 
 ImageRecord& ExamBuilder::recordOf(const dcmSeries* series) {
@@ -125,23 +241,22 @@ void ExamBuilder::makeRoom() {
         dcmSeries* oldest = m_exam.GetSeriesInRAM(0);
         if (writeOut(oldest)) continue;
         const std::string uid = recordOf(oldest).attributes.SOPInstanceUID.GetString();
-        throw StopFailure(
-            Exit::notWritten, m_folder.imageFile(uid), "not written",
-            whyNotWritten(m_folder, recordOf(oldest).rawCopy) + "; no further image is taken in",
-            fmt::format("Then use qvr cache check {} --repair.", m_folder.path()));
+        throw StopFailure(Exit::notWritten, m_folder.imageFile(uid), "not written",
+                          whyNotWritten(m_place, recordOf(oldest).rawCopy) + "; no further image is taken in",
+                          kept(fmt::format("Then use qvr cache check {} --repair.", m_folder.path())));
     }
 }
 
 int ExamBuilder::studyFor(const DicomRecords& records) {
-    const std::string uid = records.study.StudyInstanceUID.GetString();
     for (std::size_t i = 0; i < m_record.studies.size(); ++i) {
         const auto& study = m_record.studies[i];
-        if (study.modality == records.kind && uid == study.attributes.StudyInstanceUID.GetString())
+        if (study.modality == records.kind && sameStudy(study.attributes, records.study))
             return static_cast<int>(i);
     }
     if (!m_exam.CreateStudy(&records.study, records.kind))
         throw StopFailure(Exit::internal, m_folder.path(), "not built", "there is not enough memory");
     m_record.studies.push_back({records.study, records.kind, {}});
+    m_firstFiles.push_back(records.file);
     return m_exam.GetStudyCount() - 1;
 }
 
@@ -152,18 +267,19 @@ void ExamBuilder::create(int study, const SeriesRecord& series, const std::uint1
     const RECT display = displayOf(m_record);
     dcmSeries* made = m_exam.CreateSeries(study, &series.attributes);
     const int position = m_exam.GetStudy(study)->GetSeriesCount() - 1;
-    if (made && m_exam.CreateImage(study, position, &image, m_folder.path().c_str(), &display, &m_surface)) {
+    if (made && m_exam.CreateImage(study, position, &image, m_place.path().c_str(), &display, &m_surface)) {
         m_series[uid] = made;
         restoreState(*made, series.image, display, m_surface);
         return;
     }
     // What was begun goes, so that no half file stays behind a name that the exam file does not know.
     std::error_code error;
-    fs::remove(m_folder.rawCopy(uid), error);
+    fs::remove(m_place.rawCopy(uid), error);
     m_series.erase(uid);
     m_record.studies[static_cast<std::size_t>(study)].series.pop_back();
     throw StopFailure(Exit::notWritten, m_folder.rawCopy(uid), "not written",
-                      whyNotWritten(m_folder, series.image.rawCopy), "The images taken before are kept.");
+                      whyNotWritten(m_place, series.image.rawCopy),
+                      kept("The images taken before are kept."));
 }
 
 void ExamBuilder::add(DicomRecords records, const AdoptedImage& image, const Window& window,
@@ -176,15 +292,9 @@ void ExamBuilder::add(DicomRecords records, const AdoptedImage& image, const Win
     attributes.WindowCenter = window.center;
     attributes.WindowWidth = window.width;
     checkImage(attributes);
+    checkPatient(records);
 
-    if (!m_begun) {
-        std::error_code error;
-        m_fresh = fs::create_directory(m_folder.path(), error);
-        if (error)
-            throw StopFailure(Exit::notWritten, m_folder.path(), "not built", error.message(),
-                              "Nothing was changed.");
-        m_begun = true;
-    }
+    if (!m_begun) begin();
     makeRoom();
     const int study = studyFor(records);
     SeriesRecord series{records.series,
@@ -194,7 +304,7 @@ void ExamBuilder::add(DicomRecords records, const AdoptedImage& image, const Win
     m_series[attributes.SOPInstanceUID.GetString()] = nullptr;
     takeStates();
     try {
-        m_folder.write(m_record);
+        m_place.write(m_record);
     } catch (const Failure& failure) {
         m_series.erase(attributes.SOPInstanceUID.GetString());
         m_record.studies[static_cast<std::size_t>(study)].series.pop_back();
@@ -221,8 +331,44 @@ std::vector<std::string> ExamBuilder::finish() {
         fs::remove(m_folder.path(), error);
         return left;
     }
-    m_folder.write(m_record);
+    m_place.write(m_record);
     return left;
+}
+
+std::set<std::string> ExamBuilder::putInPlace() {
+    if (!m_replaces || m_series.empty()) return {};
+    auto uids = m_folder.hasExamFile() ? namedIn(m_folder) : std::set<std::string>();
+    const std::string old = m_place.replaced();
+    const bool hadCache = m_folder.hasCache();
+    const auto before = m_folder.cacheNames();
+    std::error_code error, ignored;
+    for (const auto& [from, to] :
+         {std::pair(m_folder.cache(), m_place.cache()), std::pair(m_folder.examFile(), m_place.examFile())}) {
+        const auto status = fs::status(from, error);
+        if (fs::exists(status)) fs::permissions(to, status.permissions(), ignored);
+    }
+    std::vector<std::pair<std::string, std::string>> renames = {
+        {m_folder.cache(), old},
+        {m_place.cache(), m_folder.cache()},
+        {m_place.examFile(), m_folder.examFile()},  // the last one, since it cannot be taken back
+    };
+    if (!hadCache) renames.erase(renames.begin());
+    syncFolder(m_place.cache());
+    error = exchange(renames);
+    if (error) throw Failure(Exit::notWritten, m_folder.path(), "not built", error.message(), kept(""));
+    // What the new exam has no file for stays: raw copies of other images, and files that are not the exam's.
+    bool all = true;
+    for (const auto& name : before) {
+        const std::string back = m_folder.cache() + '/' + name;
+        if (fs::symlink_status(back, ignored).type() != fs::file_type::not_found) continue;
+        fs::rename(fs::path(old) / name, back, error);
+        all = all && !error;
+    }
+    syncFolder(m_folder.cache());
+    syncFolder(m_folder.path());
+    if (all) fs::remove_all(m_place.path(), ignored);
+    m_place = m_folder;
+    return uids;
 }
 
 }  // namespace qvr::tool

@@ -8,6 +8,7 @@
 
 #include "dicomWriter.h"
 #include "examDicom.h"
+#include "examLock.h"
 #include "examTree.h"
 #include "examVerbs.h"
 #include "fileLoop.h"
@@ -94,9 +95,12 @@ std::string writeImage(const std::string& format, const std::string& target, con
 void makeFolder(const std::string& path) {
     std::error_code error;
     fs::create_directory(path, error);
-    if (!fs::is_directory(path))
-        throw Failure(Exit::notWritten, path, "not written", error ? error.message() : "it is no folder",
-                      "Nothing was changed.");
+    std::error_code statusError;
+    const auto status = fs::status(path, statusError);
+    if (status.type() == fs::file_type::directory) return;
+    if (status.type() == fs::file_type::none) error = statusError;
+    throw Failure(Exit::notWritten, path, "not written", error ? error.message() : "it is no folder",
+                  "Nothing was changed.");
 }
 
 }  // namespace
@@ -112,6 +116,7 @@ const std::vector<std::pair<std::string, std::string>>& exportFormats() {
 
 Exit exportExam(const ExportRequest& request, const Common& common, Console& console) {
     const ExamFolder folder(request.exam);
+    const ExamLock lock(folder.path(), ExamLock::Use::reading);  // records and pixels are of one exam
     ExamRecord record = folder.read();
     const auto images = imagesOf(record);
     std::vector<std::string> uids;
@@ -120,7 +125,13 @@ Exit exportExam(const ExportRequest& request, const Common& common, Console& con
         return fmt::format("{}/{}.{}", request.folder, uid, request.format);
     };
     makeFolder(request.folder);
-    for (const auto& uid : uids) checkTarget(target(uid), "", common.force);  // all or nothing
+    const ExamFiles own(folder);
+    for (const auto& uid : uids) {  // all or nothing
+        if (own.hold(target(uid)))
+            throw Failure(Exit::refused, target(uid), "not written",
+                          "it is one of the exam's own files, or lies among them", "Name another folder.");
+        checkTarget(target(uid), "", common.force);
+    }
 
     std::size_t next = 0;
     return forEachFile(uids, common, console, [&](const std::string& uid) {

@@ -4,6 +4,7 @@
 #include <dcmtk/config/osconfig.h>
 #include <dcmtk/ofstd/ofcrc32.h>
 #include <fmt/format.h>
+#include <sys/stat.h>
 
 #include <algorithm>
 #include <array>
@@ -43,6 +44,12 @@ std::optional<std::uint32_t> checksumOfFile(const std::string& path) {
     }
     if (!file.eof()) return std::nullopt;
     return static_cast<std::uint32_t>(sum.getCRC32());
+}
+
+std::optional<std::pair<std::uint64_t, std::uint64_t>> numberOf(const std::string& path) {
+    struct stat status {};
+    if (stat(path.c_str(), &status) != 0) return std::nullopt;
+    return std::pair(std::uint64_t{status.st_dev}, std::uint64_t{status.st_ino});
 }
 
 }  // namespace
@@ -115,9 +122,12 @@ std::vector<std::string> ExamFolder::names() const {
 
 ExamRecord ExamFolder::read() const {
     std::error_code error;
-    if (!fs::exists(m_path, error))
+    const auto status = fs::status(m_path, error);
+    if (status.type() == fs::file_type::not_found)
         throw Failure(Exit::unreadable, m_path, "not read", "there is no such folder", "Check the path.");
-    if (!fs::is_directory(m_path, error))
+    if (status.type() == fs::file_type::none)
+        throw Failure(Exit::unreadable, m_path, "not read", error.message(), "Check the path.");
+    if (status.type() != fs::file_type::directory)
         throw Failure(Exit::unreadable, m_path, "not read", "it is no folder", "Name an exam folder.");
     if (!hasExamFile())
         throw Failure(Exit::unreadable, m_path, "not read", "it is no exam folder: it has no exam.json",
@@ -158,6 +168,21 @@ FileReport ExamFolder::lookAtImage(const ImageRecord& image, bool content) const
 
 FileReport ExamFolder::lookAtRawCopy(const ImageRecord& image, bool content) const {
     return look(rawCopy(image.attributes.SOPInstanceUID.GetString()), image.rawCopy, content);
+}
+
+ExamFiles::ExamFiles(const ExamFolder& folder) : m_cache(folder.cache()) {
+    std::vector<std::string> paths = {folder.examFile()};
+    for (const auto& name : folder.cacheNames()) paths.push_back(m_cache + '/' + name);
+    for (const auto& path : paths)
+        if (const auto number = numberOf(path)) m_known.insert(*number);
+}
+
+bool ExamFiles::hold(const std::string& path) const {
+    const auto number = numberOf(path);
+    if (number && m_known.contains(*number)) return true;
+    std::error_code error;
+    const auto parent = fs::weakly_canonical(path, error).parent_path();
+    return !error && fs::equivalent(parent, m_cache, error);
 }
 
 }  // namespace qvr::tool

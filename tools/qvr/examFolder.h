@@ -1,8 +1,11 @@
 // An exam folder: exam.json, and the folder Cache with up to three pixel files per image.
 #pragma once
 
+#include <cstdint>
 #include <optional>
+#include <set>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "examFile.h"
@@ -41,6 +44,8 @@ public:
     const std::string& path() const { return m_path; }
     std::string examFile() const { return m_path + "/exam.json"; }
     std::string cache() const { return m_path + "/Cache"; }
+    /// Where the cache of an exam waits that this one replaces.
+    std::string replaced() const { return m_path + "/replaced"; }
     std::string rawCopy(const std::string& uid) const;
     std::string imageFile(const std::string& uid) const;
     std::string workFile(const std::string& uid) const;
@@ -65,6 +70,19 @@ public:
 
 private:
     std::string m_path;
+};
+
+/// The files of an exam as the disk knows them, so that they are found behind other names too.
+class ExamFiles {
+public:
+    /// @throws Failure when a folder cannot be read
+    explicit ExamFiles(const ExamFolder& folder);
+    /// True for the exam file, everything in the cache folder, links to them, and what they are links to.
+    bool hold(const std::string& path) const;
+
+private:
+    std::string m_cache;
+    std::set<std::pair<std::uint64_t, std::uint64_t>> m_known;  // device and number
 };
 
 }  // namespace qvr::tool

@@ -39,12 +39,17 @@ std::vector<std::string> dicomFiles(const BuildRequest& request, Console& consol
             status.type() == fs::file_type::not_found ? "there is no such folder" : "it is no folder",
             "Name a folder of DICOM files.");
     std::vector<std::string> files;
-    int others = 0;
+    int others = 0, linked = 0;
     fs::recursive_directory_iterator entry(request.source, error);
     for (const fs::recursive_directory_iterator end; !error && entry != end; entry.increment(error)) {
         std::error_code ignored;
         if (entry->is_directory(ignored)) {
-            if (fs::equivalent(entry->path(), request.exam, ignored)) entry.disable_recursion_pending();
+            if (fs::equivalent(entry->path(), request.exam, ignored)) {
+                entry.disable_recursion_pending();
+            } else if (entry->is_symlink(ignored)) {
+                console.note(entry->path().string(), "left out, it is a link to a folder");
+                ++linked;
+            }
             continue;
         }
         const std::string path = entry->path().string();
@@ -56,10 +61,18 @@ std::vector<std::string> dicomFiles(const BuildRequest& request, Console& consol
         }
     }
     if (error) throw Failure(Exit::unreadable, request.source, "not read", error.message());
-    if (files.empty()) throw Failure(Exit::unreadable, request.source, "not read", "no DICOM file is in it");
+    if (files.empty())
+        throw Failure(Exit::unreadable, request.source, "not read", "no DICOM file is in it",
+                      linked ? "Links to folders are not followed: name what they lead to." : "");
     if (others)
         console.warning(request.source, fmt::format("{} other {} left out (-v names them).", others,
                                                     others == 1 ? "file is" : "files are"));
+    if (linked)
+        console.warning(request.source,
+                        fmt::format("{} left out (-v names {}).",
+                                    linked == 1 ? "1 link to a folder is"
+                                                : fmt::format("{} links to folders are", linked),
+                                    linked == 1 ? "it" : "them"));
     std::sort(files.begin(), files.end());
     return files;
 }
@@ -78,8 +91,9 @@ public:
         if (fs::equivalent(m_request.source, m_request.exam, error))
             throw Failure(Exit::refused, m_request.exam, "not built", "it is the folder of the input files",
                           "Name another one.");
-        const auto before = m_builder.checkFolder(m_common.force);
+        m_builder.checkFolder(m_common.force);
         const auto files = dicomFiles(m_request, m_console);
+        m_builder.checkInputs(files);
         Exit result = Exit::done;
         try {
             result = forEachFile(files, m_common, m_console,
@@ -90,14 +104,18 @@ public:
         }
         const auto left = m_builder.finish();
         if (!left.empty()) throw notWrittenOut(left);
-        report(before);
+        report(m_builder.putInPlace());
         return result;
     }
 
 private:
     std::string addFile(const std::string& file) {
-        const Loaded loaded = load(file, InputOptions(), m_console);
-        DicomRecords records = readRecords(file, readBytes(file));
+        // Patient and pixels come from one reading: the file may be replaced at any moment.
+        auto bytes = readBytes(file);
+        SourceImage source = readSource(file, bytes, std::nullopt);
+        DicomRecords records = readRecords(file, bytes);
+        std::vector<std::uint8_t>().swap(bytes);
+        const Loaded loaded = adopted(file, std::move(source), m_console);
         const std::string stored = records.image.SOPInstanceUID.GetString();
         if (m_request.newUid && (!unusableInExam(stored).empty() || m_builder.holds(stored)))
             records.image.SOPInstanceUID = newUid().c_str();
@@ -122,14 +140,17 @@ private:
     }
 
     Failure notWrittenOut(const std::vector<std::string>& left) const {
-        return {Exit::notWritten, m_request.exam, "not finished",
-                fmt::format("{} {} not written out: {}; the raw copies are there", left.size(),
-                            left.size() == 1 ? "image was" : "images were", fmt::join(left, ", ")),
-                fmt::format("Make room, then use qvr cache check {} --repair.", m_request.exam)};
+        return {
+            Exit::notWritten, m_request.exam, "not finished",
+            fmt::format("{} {} not written out: {}{}", left.size(),
+                        left.size() == 1 ? "image was" : "images were", fmt::join(left, ", "),
+                        m_builder.replaces() ? "" : "; the raw copies are there"),
+            m_builder.kept(fmt::format("Make room, then use qvr cache check {} --repair.", m_request.exam))};
     }
 
     // The failure itself is told by whoever catches it; here the exam is brought to rest as far as that goes.
     void finishAfterFailure() {
+        if (m_builder.replaces()) return;
         try {
             const auto left = m_builder.finish();
             if (!left.empty())

@@ -74,7 +74,10 @@ void WindowOptions::check() {
 }
 
 Loaded load(const std::string& file, const InputOptions& options, Console& console) {
-    auto source = readSource(file, options.raw());
+    return adopted(file, readSource(file, options.raw()), console);
+}
+
+Loaded adopted(const std::string& file, SourceImage source, Console& console) {
     stopIfInterrupted();
     for (const auto& warning : source.warnings) console.warning(file, warning);
     const Adoption adoption(source.format);

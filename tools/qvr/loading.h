@@ -55,6 +55,8 @@ struct Loaded {
 
 /// Reads and adopts a file; its warnings are printed. @throws Failure
 Loaded load(const std::string& file, const InputOptions& options, Console& console);
+/// The same for a source that was read already.
+Loaded adopted(const std::string& file, SourceImage source, Console& console);
 
 /// The keys that every verb's object begins with.
 nlohmann::ordered_json commonJson(const Loaded& loaded, const Window& window);

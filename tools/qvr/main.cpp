@@ -5,6 +5,7 @@
 #include <algorithm>
 #include <map>
 #include <new>
+#include <sstream>
 
 #include "interrupt.h"
 #include "sourceReader.h"
@@ -114,18 +115,27 @@ Exit runVerb(Setup& setup, Console& console) {
     return Exit::usage;
 }
 
+// Reads the command line. True when it asks for help or the version, which then is a result.
+bool answeredHelp(Setup& setup, int argc, char** argv, Console& console) {
+    try {
+        setup.app.parse(argc, argv);
+        return false;
+    } catch (const CLI::Success& asked) {
+        std::ostringstream text;
+        setup.app.exit(asked, text);
+        console.result(text.str());
+        return true;
+    }
+}
+
 Exit run(int argc, char** argv) {
     Setup setup;
     Console console(setup.common);
     try {
         declare(setup);
-        setup.app.parse(argc, argv);
-        const Exit result = runVerb(setup, console);
+        const Exit result = answeredHelp(setup, argc, argv, console) ? Exit::done : runVerb(setup, console);
         console.finish();
         return result;
-    } catch (const CLI::Success& asked) {
-        setup.app.exit(asked);  // help or version, on standard output
-        return Exit::done;
     } catch (const CLI::ParseError& error) {
         const auto failure = usageFailure(setup, error);
         console.error(failure);

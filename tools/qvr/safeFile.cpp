@@ -35,10 +35,16 @@ std::string resolved(const std::string& target) {
     return error ? target : real.string();
 }
 
+// Nothing, with errno, when there is no such file. "-" is standard input.
 std::optional<struct stat> statusOf(const std::string& path) {
     struct stat status {};
-    if (stat(path.c_str(), &status) != 0) return std::nullopt;
+    const int result = path == "-" ? fstat(STDIN_FILENO, &status) : stat(path.c_str(), &status);
+    if (result != 0) return std::nullopt;
     return status;
+}
+
+bool sameFile(const struct stat& a, const struct stat& b) {
+    return a.st_dev == b.st_dev && a.st_ino == b.st_ino;
 }
 
 [[noreturn]] void exists(const std::string& target) {
@@ -64,27 +70,55 @@ std::optional<struct stat> statusOf(const std::string& path) {
     throw Failure(Exit::notWritten, target, "not written", why, "Nothing was changed.");
 }
 
-// The new file. It is gone again unless it was renamed.
+mode_t modeFor(const std::string& target) {
+    if (const auto old = statusOf(target)) return old->st_mode & 07777;
+    const mode_t mask = umask(0);
+    umask(mask);
+    return 0666 & ~mask;
+}
+
+// The new file, beside its target. It is gone again unless it was renamed.
 class NewFile {
 public:
-    explicit NewFile(const std::string& target) : m_path(folderOf(target) + "/.qvr-XXXXXX") {
+    NewFile(std::string target, std::span<const std::uint8_t> bytes)
+        : m_target(std::move(target)),
+          m_real(resolved(m_target)),
+          m_path(folderOf(m_real) + "/.qvr-XXXXXX"),
+          m_size(bytes.size()),
+          m_space(freeSpace(folderOf(m_real))) {
         m_fd = mkostemp(m_path.data(), O_CLOEXEC);
+        m_open = m_fd >= 0;
+        if (!m_open) failed(errno);
+        if (const int error = write(bytes)) {
+            remove();
+            failed(error);
+        }
     }
-    ~NewFile() {
-        if (m_fd >= 0) close(m_fd);
-        if (m_open) unlink(m_path.c_str());
-    }
+    ~NewFile() { remove(); }
     NewFile(const NewFile&) = delete;
     NewFile& operator=(const NewFile&) = delete;
 
-    bool made() {
-        m_open = m_fd >= 0;
-        return m_open;
+    void takeName(bool replace) {
+        int result = replace
+                         ? rename(m_path.c_str(), m_real.c_str())
+                         : renameat2(AT_FDCWD, m_path.c_str(), AT_FDCWD, m_real.c_str(), RENAME_NOREPLACE);
+        if (result == 0) m_open = false;
+        if (result != 0 && !replace && (errno == EINVAL || errno == ENOSYS)) {
+            // A file system without that rename: a second name cannot replace a file either. The first one goes with
+            // this object.
+            result = link(m_path.c_str(), m_real.c_str());
+        }
+        if (result != 0 && errno == EEXIST) exists(m_target);
+        if (result != 0) failed(errno);
+        syncFolder(folderOf(m_real));  // the data are safe already
     }
+    /// Takes a name back that replaced no file.
+    void giveNameUp() { unlink(m_real.c_str()); }
 
+private:
     // 0, or the error.
-    int write(std::span<const std::uint8_t> bytes, mode_t mode) {
-        if (fchmod(m_fd, mode) != 0) return errno;
+    int write(std::span<const std::uint8_t> bytes) {
+        if (fchmod(m_fd, modeFor(m_real)) != 0) return errno;
         while (!bytes.empty()) {
             const auto count = ::write(m_fd, bytes.data(), bytes.size());
             if (count < 0 && errno == EINTR) continue;
@@ -96,33 +130,20 @@ public:
         m_fd = -1;
         return closed == 0 ? 0 : errno;
     }
-
-    int renameTo(const std::string& target, bool replace) {
-        int result = replace
-                         ? rename(m_path.c_str(), target.c_str())
-                         : renameat2(AT_FDCWD, m_path.c_str(), AT_FDCWD, target.c_str(), RENAME_NOREPLACE);
-        if (result != 0 && !replace && (errno == EINVAL || errno == ENOSYS)) {
-            // A file system without that rename: a second name cannot replace a file either.
-            result = link(m_path.c_str(), target.c_str());
-            if (result == 0) return 0;  // the first name goes with this object
-        }
-        if (result != 0) return errno;
+    void remove() {
+        if (m_fd >= 0) close(m_fd);
+        if (m_open) unlink(m_path.c_str());
+        m_fd = -1;
         m_open = false;
-        return 0;
     }
+    [[noreturn]] void failed(int error) const { notWritten(m_target, error, m_size, m_space); }
 
-private:
-    std::string m_path;
+    std::string m_target, m_real, m_path;
+    std::size_t m_size;
+    double m_space;  // free before anything was written
     int m_fd = -1;
     bool m_open = false;
 };
-
-mode_t modeFor(const std::string& target) {
-    if (const auto old = statusOf(target)) return old->st_mode & 07777;
-    const mode_t mask = umask(0);
-    umask(mask);
-    return 0666 & ~mask;
-}
 
 void toStandardOutput(std::span<const std::uint8_t> bytes) {
     if (std::fwrite(bytes.data(), 1, bytes.size(), stdout) == bytes.size() && std::fflush(stdout) == 0)
@@ -137,6 +158,13 @@ std::string readableSize(double bytes) {
     int unit = 0;
     for (; bytes >= 1000 && unit < 3; ++unit) bytes /= 1000;
     return unit == 0 ? fmt::format("{:.0f} bytes", bytes) : fmt::format("{:.1f} {}", bytes, units[unit]);
+}
+
+void syncFolder(const std::string& folder) {
+    const int opened = open(folder.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
+    if (opened < 0) return;
+    fsync(opened);
+    close(opened);
 }
 
 double freeSpace(const std::string& folder) {
@@ -163,35 +191,56 @@ void checkTarget(const std::string& target, const std::string& input, bool force
             throw Failure(Exit::refused, target, "not written", "it is no ordinary file",
                           "Use - for standard output.");
         const auto source = statusOf(input);
-        if (source && source->st_dev == status->st_dev && source->st_ino == status->st_ino)
+        if (source && sameFile(*source, *status))
             throw Failure(Exit::refused, target, "not written", "it is the input itself",
                           "Name another file.");
         if (!force) exists(target);
         return;
     }
+    if (errno != ENOENT) notWritten(target, errno);
     const auto folder = statusOf(folderOf(real));
     if (!folder) notWritten(target, errno);
     if (!S_ISDIR(folder->st_mode)) notWritten(target, ENOTDIR);
     if (access(folderOf(real).c_str(), W_OK) != 0) notWritten(target, errno);
 }
 
+void checkApart(const std::string& target, const std::string& other) {
+    std::error_code error, otherError;
+    const auto path = std::filesystem::weakly_canonical(target, error);
+    const auto otherPath = std::filesystem::weakly_canonical(other, otherError);
+    const auto status = statusOf(target), otherStatus = statusOf(other);
+    if ((error || otherError || path != otherPath) &&
+        (!status || !otherStatus || !sameFile(*status, *otherStatus)))
+        return;
+    throw Failure(Exit::refused, other, "not written", fmt::format("it is the same file as {}", target),
+                  "Name another one.");
+}
+
 void writeSafely(const std::string& target, std::span<const std::uint8_t> bytes, bool force, bool finishing) {
     if (!finishing) stopIfInterrupted();
     if (target == "-") return toStandardOutput(bytes);
-    const std::string real = resolved(target);
-    const double space = freeSpace(folderOf(real));
-    NewFile file(real);
-    if (!file.made()) notWritten(target, errno, bytes.size(), space);
-    if (const int error = file.write(bytes, modeFor(real))) notWritten(target, error, bytes.size(), space);
+    NewFile file(target, bytes);
     if (!finishing) stopIfInterrupted();
-    if (const int error = file.renameTo(real, force)) {
-        if (error == EEXIST) exists(target);
-        notWritten(target, error, bytes.size(), space);
+    file.takeName(force);
+}
+
+void writeBothSafely(const std::string& first, std::span<const std::uint8_t> firstBytes,
+                     const std::string& second, std::span<const std::uint8_t> secondBytes, bool force) {
+    stopIfInterrupted();
+    NewFile firstFile(first, firstBytes);
+    NewFile secondFile(second, secondBytes);
+    stopIfInterrupted();
+    const bool replaced = statusOf(first).has_value();
+    firstFile.takeName(force);
+    try {
+        secondFile.takeName(force);
+    } catch (const Failure&) {
+        if (replaced)
+            throw Failure(Exit::notWritten, second, "not written",
+                          "it cannot take the place of what is there", fmt::format("{} is written.", first));
+        firstFile.giveNameUp();
+        throw;
     }
-    const int folder = open(folderOf(real).c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
-    if (folder < 0) return;
-    fsync(folder);  // the name is safe too; the data are so already
-    close(folder);
 }
 
 }  // namespace qvr::tool

@@ -25,7 +25,9 @@ constexpr std::int64_t kMostPixels = (std::int64_t{1} << 30) - 1;  // the librar
 class Descriptor {
 public:
     explicit Descriptor(const std::string& file)
-        : m_fd(file == "-" ? STDIN_FILENO : open(file.c_str(), O_RDONLY | O_CLOEXEC | O_NOCTTY)) {}
+        // A pipe without a writer must not be waited for.
+        : m_fd(file == "-" ? STDIN_FILENO
+                           : open(file.c_str(), O_RDONLY | O_CLOEXEC | O_NOCTTY | O_NONBLOCK)) {}
     ~Descriptor() {
         if (m_fd > STDIN_FILENO) close(m_fd);
     }
@@ -69,7 +71,12 @@ std::vector<std::uint8_t> readBytes(const std::string& file) {
     if (descriptor.get() < 0) notRead(file, errno);
     struct stat status {};
     std::vector<std::uint8_t> bytes;
-    if (fstat(descriptor.get(), &status) == 0 && S_ISREG(status.st_mode))
+    const bool known = fstat(descriptor.get(), &status) == 0;
+    if (known && S_ISDIR(status.st_mode)) notRead(file, EISDIR);
+    if (file != "-" && !(known && S_ISREG(status.st_mode)))
+        throw Failure(Exit::unreadable, file, "not read", "it is no ordinary file",
+                      "Name a file, or - for standard input.");
+    if (known && S_ISREG(status.st_mode))
         bytes.reserve(std::min(kLargestFile, static_cast<std::size_t>(status.st_size) + 1));
 
     for (std::size_t size = 0;;) {
@@ -136,7 +143,11 @@ SourceImage readRaw(const std::string& file, std::span<const std::uint8_t> bytes
 }
 
 SourceImage readSource(const std::string& file, const std::optional<RawSpec>& raw) {
-    const auto bytes = readBytes(file);
+    return readSource(file, readBytes(file), raw);
+}
+
+SourceImage readSource(const std::string& file, std::span<const std::uint8_t> bytes,
+                       const std::optional<RawSpec>& raw) {
     if (raw) return readRaw(file, bytes, *raw);
     if (looksLikeDicom(bytes)) return readDicom(file, bytes);
     if (startsWith(bytes, "P5") || startsWith(bytes, "P2")) return readPgm(file, bytes);

@@ -22,11 +22,13 @@ struct RawSpec {
 /// Reads "WxH" or "WxH:bits" with sides above 0 and 1 … 16 bits. @return nothing for anything else
 std::optional<RawSpec> parseRawSpec(std::string_view text);
 
-/// Reads one file; "-" is standard input.
+/// Reads one file; "-" is standard input. The second form has its bytes already.
 /// @param raw  given: the file holds bare pixels, 16 bits each, little-endian, bottom row first (the library's own raw
 ///             files), and nothing else
 /// @throws Failure
 SourceImage readSource(const std::string& file, const std::optional<RawSpec>& raw);
+SourceImage readSource(const std::string& file, std::span<const std::uint8_t> bytes,
+                       const std::optional<RawSpec>& raw);
 
 /// The whole of a file or of standard input ("-"). @throws Failure
 std::vector<std::uint8_t> readBytes(const std::string& file);

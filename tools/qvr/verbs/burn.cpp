@@ -89,6 +89,7 @@ private:
     std::string runOne(const Common& common, Console& console) const {
         checkTarget(m_output.target(), m_file, common.force);
         if (m_beside) checkTarget(m_stateTarget, m_file, common.force);
+        if (m_kind == "both") checkApart(m_output.target(), m_stateTarget);
         const Loaded loaded = load(m_file, m_input, console);
         if (m_beside) checkReferable(loaded.source);
         const Window window = chooseWindow(loaded.subject(), m_window.request(), m_window.views(), console);
@@ -105,21 +106,22 @@ private:
             state = std::move(made.bytes);
             uids["presentation_state_uid"] = made.sopInstanceUid;
         }
-        if (m_burn) writeBurned(loaded, burned(marked, m_file), window, common.force, uids);
-        if (m_beside) writeSafely(m_stateTarget, state, common.force);
+        std::vector<std::uint8_t> picture;
+        if (m_burn) picture = encodeBurned(loaded, burned(marked, m_file), window, uids);
+        if (m_burn && m_beside)
+            writeBothSafely(m_output.target(), picture, m_stateTarget, state, common.force);
+        else
+            writeSafely(m_output.target(), m_burn ? picture : state, common.force);
         report(loaded, window, marked, height, uids, common, console);
         return summaryLine(loaded, window);
     }
 
     using Uids = std::map<std::string, std::string>;
 
-    void writeBurned(const Loaded& loaded, const AdoptedImage& image, const Window& window, bool force,
-                     Uids& uids) const {
+    std::vector<std::uint8_t> encodeBurned(const Loaded& loaded, const AdoptedImage& image,
+                                           const Window& window, Uids& uids) const {
         stopIfInterrupted();
-        if (!m_output.isDicom()) {
-            writeSafely(m_output.target(), encodeImage(image, window, m_output.curve(), m_format), force);
-            return;
-        }
+        if (!m_output.isDicom()) return encodeImage(image, window, m_output.curve(), m_format);
         DicomImage out;
         out.width = image.width;
         out.height = image.height;
@@ -131,7 +133,9 @@ private:
         out.marksBurned = true;
         out.derivation = "marks burned in";
         out.spacing = loaded.source.spacing;
-        uids["new_uid"] = writeDicom(m_output.target(), out, force);
+        auto file = encodeDicom(m_output.target(), out);
+        uids["new_uid"] = file.sopInstanceUid;
+        return std::move(file.bytes);
     }
 
     void report(const Loaded& loaded, const Window& window, const MarkedImage& marked, int height,

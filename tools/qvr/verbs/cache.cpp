@@ -4,6 +4,7 @@
 #include <filesystem>
 
 #include "../cacheCheck.h"
+#include "../examLock.h"
 #include "../interrupt.h"
 #include "../progress.h"
 #include "../verb.h"
@@ -20,6 +21,8 @@ const char* wordFor(StrayFile::Kind kind) {
             return "work file that was never committed";
         case StrayFile::Kind::temporary:
             return "temporary file of a write that was killed";
+        case StrayFile::Kind::unfinished:
+            return "exam of a build that was killed";
         case StrayFile::Kind::other:
             break;
     }
@@ -45,6 +48,8 @@ public:
 
     Exit run(const Common& common, Console& console) override {
         const ExamFolder folder(m_path);
+        std::optional<ExamLock> lock;
+        if (m_repair) lock.emplace(m_path, ExamLock::Use::writing);
         ExamRecord exam = readExam(folder, console);
         try {
             checkImages(folder, exam, common, console);
@@ -112,7 +117,8 @@ private:
 
     void checkStrays(const ExamFolder& folder, ExamRecord& exam, const Common& common, Console& console) {
         for (auto& file : strayFiles(folder, exam)) {
-            const bool temporary = file.kind == StrayFile::Kind::temporary;
+            const bool temporary =
+                file.kind == StrayFile::Kind::temporary || file.kind == StrayFile::Kind::unfinished;
             m_repairable = m_repairable || temporary;
             if (m_repair && temporary) file.removed = removeTemporary(folder, file);
             if (!file.removed) ++m_problems;
