@@ -165,22 +165,33 @@ TEST(CacheCheck, NamesFilesOfNoImageAndRemovesTemporaryOnesOnly) {
                 fs::exists(exam.path() + "/Cache/notes.txt"));
 }
 
-TEST(CacheCheck, RemovesNoPixelsOfAReplacedExam) {
+TEST(CacheCheck, EndsAnExchangeThatWasBegun) {
     const Exam exam;
     fs::create_directories(exam.path() + "/.qvr-a1B2c3/Cache");
-    fs::create_directories(exam.path() + "/.qvr-a1B2c4/replaced");
+    const std::string begun = exam.path() + "/.qvr-exchange";
+    fs::create_directory(begun);
+    fs::rename(exam.path() + "/exam.json", begun + "/exam.json");
+    fs::rename(exam.path() + "/Cache", begun + "/replaced");
+    fs::create_directory(exam.path() + "/Cache");
+    for (const Arguments& command : {Arguments{"cache", "check", exam.path()},
+                                     {"exam", "list", exam.path()},
+                                     {"exam", "export", exam.path(), "-o", exam.path() + "/out"}}) {
+        const auto result = runTool(command);
+        EXPECT_EQ(result.code, 3) << result.out;
+        EXPECT_NE(result.err.find("--repair to finish that"), std::string::npos) << result.err;
+    }
     const auto repaired = exam.check({"--repair"});
-    EXPECT_EQ(repaired.code, 1);
-    EXPECT_NE(repaired.out.find("3 images, 1 problem"), std::string::npos) << repaired.out;
-    EXPECT_FALSE(fs::exists(exam.path() + "/.qvr-a1B2c3"));
-    EXPECT_TRUE(fs::exists(exam.path() + "/.qvr-a1B2c4/replaced"));
+    EXPECT_EQ(repaired.code, 0) << repaired.err;
+    EXPECT_NE(repaired.out.find("3 images, 0 problems"), std::string::npos) << repaired.out;
+    EXPECT_EQ(std::distance(fs::directory_iterator(exam.path()), {}), 2);
 }
 
 TEST(CacheCheck, LeavesAShortFileWhereTheRepairFails) {
     const Exam exam;
     fs::resize_file(exam.image(2), 100);
     const auto repaired = exam.check({"--repair"}, {{}, "/dev/null", 5000});
-    EXPECT_EQ(repaired.code, 1);
+    EXPECT_EQ(repaired.code, 5);
+    EXPECT_NE(repaired.err.find("I.1.2.3.2.raw: not restored: the copy"), std::string::npos) << repaired.err;
     EXPECT_EQ(fs::file_size(exam.image(2)), 100U);
     EXPECT_EQ(std::distance(fs::directory_iterator(exam.path() + "/Cache"), {}), 6);
 }
@@ -194,10 +205,17 @@ TEST(CacheCheck, RestoresTheSizeOfTheRawCopyToo) {
         image["rows"] = 10;
         image["image_file"] = {{"columns", 10}, {"rows", 10}, {"bytes", 200}, {"crc32", "00000000"}};
     });
+    const std::string before = contentOf(exam.path() + "/exam.json");
     fs::remove(exam.image(2));
     const auto repaired = exam.check({"--repair"});
     EXPECT_EQ(repaired.code, 0) << repaired.out;
     EXPECT_NE(repaired.out.find("changes are lost"), std::string::npos) << repaired.out;
+    // The same when the program ended before it wrote the exam file.
+    const std::string after = contentOf(exam.path() + "/exam.json");
+    write(exam.path() + "/exam.json", before);
+    EXPECT_EQ(exam.check().code, 1);
+    EXPECT_EQ(exam.check({"--repair"}).code, 0);
+    EXPECT_EQ(contentOf(exam.path() + "/exam.json"), after);
     EXPECT_EQ(contentOf(exam.image(2)), exam.whole());
     Json json = Json::parse(contentOf(exam.path() + "/exam.json"));
     EXPECT_EQ(imageOf(json, 2)["columns"], 96);

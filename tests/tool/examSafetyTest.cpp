@@ -9,6 +9,7 @@
 #include <atomic>
 #include <cstdio>
 #include <filesystem>
+#include <fstream>
 #include <map>
 #include <nlohmann/json.hpp>
 #include <thread>
@@ -188,6 +189,49 @@ TEST_F(ReplacedExamTest, IsKeptUntilTheNewOneIsWhole) {
     EXPECT_EQ(record()["studies"].size(), 2U);
     EXPECT_EQ(runTool({"cache", "check", exam()}).code, 0);
     EXPECT_EQ(contentsOf(exam()).size(), 6U);
+}
+
+TEST_F(ReplacedExamTest, IsKeptWhenItHasAnImageWhoseFileFailed) {
+    const auto cleo = contentOf(in("a.dcm"));
+    cut(in("a.dcm"), 500);
+    const auto refused = build({"--force"});
+    EXPECT_EQ(refused.code, 6);
+    EXPECT_NE(refused.err.find("The exam that was there is kept"), std::string::npos) << refused.err;
+    EXPECT_EQ(contentsOf(exam()), m_before);
+    std::ofstream(in("a.dcm"), std::ios::binary) << cleo;
+    cut(portrait(in("c.dcm"), 3, {"1.2.4", "Dora"}), 500);
+    EXPECT_EQ(build({"--force"}).code, 1);
+    EXPECT_EQ(record()["studies"].size(), 2U);
+}
+
+TEST_F(ExamSafetyTest, WithoutAnImageNothingStays) {
+    portrait(in("a.dcm"), 1, {"1.2.1", "Anna"}, 300);
+    for (const bool wasThere : {false, true}) {
+        if (wasThere) fs::create_directory(exam());
+        EXPECT_EQ(build({}, {{}, "/dev/null", 4000}).code, 5);
+        EXPECT_EQ(fs::exists(exam()), wasThere);
+        EXPECT_EQ(fs::exists(exam("exam.json")), false);
+    }
+    EXPECT_EQ(build().code, 0);
+}
+
+// Pictures too narrow for a thumbnail, which the library takes no image in without.
+TEST_F(ExamSafetyTest, NarrowImagesDoNotStopTheOthers) {
+    for (const auto& [columns, rows, code] :
+         {std::tuple{220, 1, 1}, {2000, 9, 1}, {1, 300, 1}, {201, 1, 0}, {2000, 10, 0}}) {
+        SCOPED_TRACE(columns);
+        fs::remove_all(exam());
+        DicomSpec narrow;
+        narrow.columns = columns;
+        narrow.rows = rows;
+        narrow.words.assign(static_cast<std::size_t>(columns * rows), 1000);
+        writeDicom(in("a.dcm"), narrow);
+        portrait(in("b.dcm"), 2, {"1.2.2", "Bert"});
+        const auto result = build();
+        EXPECT_EQ(result.code, code) << result.err;
+        EXPECT_EQ(result.err.find("less than 5 pixels wide or high") != std::string::npos, code == 1);
+        EXPECT_EQ(runTool({"cache", "check", exam()}).out.find("2 images") != std::string::npos, code == 0);
+    }
 }
 
 // Kills the program at many moments of a build: the exam file and its pixels are those of one exam.

@@ -23,6 +23,19 @@ bool sameContent(const PixelFileRecord& a, const PixelFileRecord& b) {
     return a.columns == b.columns && a.rows == b.rows && a.checksum == b.checksum;
 }
 
+// Puts a sentence into the report when it fails. Where it succeeds, the bytes are those that were just compared.
+bool restore(const ExamFolder& folder, const std::string& from, const std::string& to,
+             const PixelFileRecord& file, ImageCheck& check) {
+    const auto needed = static_cast<double>(file.bytes());
+    const double space = freeSpace(folder.cache());
+    if (CopyFileA(from.c_str(), to.c_str(), 0)) return true;
+    check.notRestored = space < needed ? fmt::format("no space left (needs {}, {} free)",
+                                                     readableSize(needed), readableSize(space))
+                                       : fmt::format("the copy of {} cannot be written", from);
+    check.notRestoredFile = to;
+    return false;
+}
+
 std::string sizeOf(const std::string& path) {
     std::error_code error;
     if (!fs::is_regular_file(path, error)) return "no file";
@@ -55,6 +68,8 @@ ImageCheck checkImage(const ExamFolder& folder, const ImageRecord& image) {
     return {image.attributes.SOPInstanceUID.GetString(),
             folder.lookAtImage(image, true),
             folder.lookAtRawCopy(image, true),
+            {},
+            {},
             {}};
 }
 
@@ -62,22 +77,32 @@ ImageCheck repairImage(const ExamFolder& folder, ImageRecord& image) {
     ImageCheck check = checkImage(folder, image);
     const std::string raw = folder.rawCopy(check.uid);
     const std::string file = folder.imageFile(check.uid);
-    if (check.rawCopy.whole() && absentOrShort(check.imageFile)) {
-        if (!CopyFileA(raw.c_str(), file.c_str(), 0)) return check;
-        const bool edited = image.imageFile && !sameContent(*image.imageFile, image.rawCopy);
+    const bool edited = image.imageFile && !sameContent(*image.imageFile, image.rawCopy);
+    const auto isAsAcquired = [&] {
         image.imageFile = image.rawCopy;
         image.attributes.Width = image.rawCopy.columns;
         image.attributes.Height = image.rawCopy.rows;
-        check = checkImage(folder, image);
+    };
+    if (check.rawCopy.whole() && absentOrShort(check.imageFile)) {
+        if (!restore(folder, raw, file, image.rawCopy, check)) return check;
+        isAsAcquired();
+        check.imageFile = folder.look(file, image.rawCopy, false);
         check.repaired =
             edited ? "image file restored from the raw copy: the pixels as acquired, changes are lost"
                    : "image file restored from the raw copy";
         return check;
     }
+    if (edited && !check.imageFile.whole() && folder.look(file, image.rawCopy, true).whole()) {
+        // A repair that ended between the file and the exam file.
+        isAsAcquired();
+        check.imageFile = folder.look(file, image.rawCopy, false);
+        check.repaired = "image file has the pixels as acquired, the exam file tells of that now";
+        return check;
+    }
     if (check.imageFile.whole()) image.imageFile = image.imageFile.value_or(image.rawCopy);
     if (check.imageFile.whole() && absentOrShort(check.rawCopy) &&
-        sameContent(*image.imageFile, image.rawCopy) && CopyFileA(file.c_str(), raw.c_str(), 0)) {
-        check = checkImage(folder, image);
+        sameContent(*image.imageFile, image.rawCopy) && restore(folder, file, raw, image.rawCopy, check)) {
+        check.rawCopy = folder.look(raw, image.rawCopy, false);
         check.repaired = "raw copy restored from the image file, which has the same pixels";
     }
     return check;
@@ -95,12 +120,12 @@ std::vector<StrayFile> strayFiles(const ExamFolder& folder, ExamRecord& exam) {
         if (!fs::is_directory(unfinished.path(), error))
             strays.push_back({Kind::temporary, name, sizeOf(unfinished.path()), false});
         else
-            strays.push_back({Kind::unfinished, name,
-                              fs::exists(unfinished.replaced(), error)
-                                  ? "pixels of the replaced exam are in it"
-                                  : "nothing of the replaced exam is in it",
-                              false});
+            strays.push_back({Kind::unfinished, name, "it was to replace this one", false});
     }
+    std::error_code missing;
+    if (fs::exists(folder.exchange(), missing))
+        strays.push_back({Kind::replaced, fs::path(folder.exchange()).filename().string(),
+                          "files that this one replaced are in it", false});
 
     std::set<std::string> unknown;
     for (const auto& name : folder.cacheNames()) {
@@ -127,7 +152,6 @@ bool removeTemporary(const ExamFolder& folder, const StrayFile& file) {
     std::error_code error;
     const ExamFolder place(folder.path() + '/' + file.name);
     if (file.kind != StrayFile::Kind::unfinished) return fs::remove(place.path(), error);
-    if (fs::exists(place.replaced(), error)) return false;
     fs::remove_all(place.path(), error);
     return !error;
 }

@@ -14,7 +14,9 @@ struct ImageCheck {
     std::string uid;
     FileReport imageFile;
     FileReport rawCopy;
-    std::string repaired;  ///< what was done, in words; empty when nothing was
+    std::string repaired;         ///< what was done, in words; empty when nothing was
+    std::string notRestored;      ///< why a file could not be written; empty when none had to be, or it was
+    std::string notRestoredFile;  ///< its path
     bool whole() const { return imageFile.whole() && rawCopy.whole(); }
 };
 
@@ -25,6 +27,7 @@ struct StrayFile {
         workFile,      ///< pixels that a host wrote out and never committed
         temporary,     ///< left behind by a write that was killed
         unfinished,  ///< folder of an exam that was to replace this one, left behind by a build that was killed
+        replaced,    ///< folder of what this exam replaced
         other
     };
     Kind kind = Kind::other;
@@ -37,14 +40,14 @@ struct StrayFile {
 ImageCheck checkImage(const ExamFolder& folder, const ImageRecord& image);
 
 /// Brings a missing or short image file back from a whole raw copy, and a raw copy from an image file that has the same
-/// pixels, each through a copy beside it. A file of another content or length is left as it is: it may be newer than
+/// pixels, each through a copy beside it; an image file that has the acquired pixels already is told of as such. A file of another content or length is left as it is: it may be newer than
 /// the exam file. Afterwards `image` tells of the files as they are.
 ImageCheck repairImage(const ExamFolder& folder, ImageRecord& image);
 
 /// @param exam  may be empty, where there is no exam file. @throws Failure when a folder cannot be read
 std::vector<StrayFile> strayFiles(const ExamFolder& folder, ExamRecord& exam);
 
-/// Removes what a killed write or build left behind, but no folder that holds the pixels of a replaced exam. @return true when the file is gone
+/// Removes what a killed write or build left behind. @return true when it is gone
 bool removeTemporary(const ExamFolder& folder, const StrayFile& file);
 
 }  // namespace qvr::tool

@@ -57,9 +57,8 @@ void checkSides(CSize image, CSize size, const DisplayOptions& options) {
     if (std::max(size.cx, size.cy) > kLargestSide)
         throw Failure(Exit::usage, "", "not rendered",
                       "the picture would have a side of more than 32767 pixels", "Give --size.");
-    const std::int64_t fittedWidth = std::int64_t{size.cy} * image.cx / image.cy;
-    const std::int64_t fittedHeight = std::int64_t{size.cx} * image.cy / image.cx;
-    if (!options.zoom.ratio && (fittedWidth < 1 || fittedHeight < 1))
+    const CSize fitted = fittedSize(image, size);
+    if (!options.zoom.ratio && (fitted.cx < 1 || fitted.cy < 1))
         throw Failure(Exit::usage, "", "not rendered",
                       "the fitted picture would be less than one pixel wide or high",
                       "Give a larger --size or a --zoom.");
@@ -92,6 +91,14 @@ GreyPicture copySurface(const CRasterDC& surface, bool withColours) {
 }
 
 }  // namespace
+
+CSize fittedSize(CSize image, CSize display) {
+    const auto side = [](int own, int other, std::int64_t part, int whole) {
+        return static_cast<int>(std::min<std::int64_t>(own, other * part / whole));
+    };
+    return {side(display.cx, display.cy, image.cx, image.cy),
+            side(display.cy, display.cx, image.cy, image.cx)};
+}
 
 std::string_view Curve::name() const {
     return type > 0 && type < 5 ? kCurveNames[type] : kCurveNames[0];

@@ -39,6 +39,15 @@ std::optional<CSize> parseSize(std::string_view text);
 /// Reads "X,Y".
 std::optional<CPoint> parsePoint(std::string_view text);
 
+/// The library makes no thumbnail, which is a fifth, from less than this, and takes no image in without one.
+constexpr int kSmallestDisplay = 5;
+/// Sides of the image when it is fitted into `display`.
+CSize fittedSize(CSize image, CSize display);
+inline bool hasThumbnail(CSize image, CSize display) {
+    const CSize fitted = fittedSize(image, display);
+    return fitted.cx >= kSmallestDisplay && fitted.cy >= kSmallestDisplay;
+}
+
 struct DisplayOptions {
     std::optional<CSize> size;  ///< of the surface; otherwise that of the zoomed image
     Zoom zoom;

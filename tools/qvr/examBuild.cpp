@@ -11,6 +11,7 @@
 #include <filesystem>
 
 #include "errors.h"
+#include "examExchange.h"
 #include "examTree.h"
 #include "safeFile.h"
 
@@ -85,27 +86,13 @@ void checkOwnName(const ExamFolder& folder, const std::string& path, fs::file_ty
                   "Name another folder.");
 }
 
-// One after the other; all or none.
-std::error_code exchange(const std::vector<std::pair<std::string, std::string>>& renames) {
-    std::error_code error, ignored;
-    for (std::size_t i = 0; i < renames.size(); ++i) {
-        fs::rename(renames[i].first, renames[i].second, error);
-        if (!error) continue;
-        while (i-- > 0) fs::rename(renames[i].second, renames[i].first, ignored);
-        return error;
-    }
-    return {};
-}
-
 }  // namespace
 
 ExamBuilder::ExamBuilder(ExamFolder folder) : m_folder(std::move(folder)), m_place(m_folder) {}
 
 ExamBuilder::~ExamBuilder() {
     std::error_code error;
-    // Pixels of the exam that was there may be in it when they could not be put back.
-    if (m_place.path() != m_folder.path() && !fs::exists(m_place.replaced(), error) && !error)
-        fs::remove_all(m_place.path(), error);
+    if (m_place.path() != m_folder.path()) fs::remove_all(m_place.path(), error);
 }
 
 void ExamBuilder::checkFolder(bool force) {
@@ -133,10 +120,14 @@ void ExamBuilder::enter() {
     m_lock = std::make_unique<ExamLock>(m_folder.path(), ExamLock::Use::writing);
     checkOwnName(m_folder, m_folder.examFile(), fs::file_type::regular);
     checkOwnName(m_folder, m_folder.cache(), fs::file_type::directory);
-    m_replaces = m_folder.hasExamFile() || !m_folder.cacheNames().empty();
+    checkOwnName(m_folder, m_folder.exchange(), fs::file_type::directory);
+    m_replaces = m_folder.hasExamFile() || !m_folder.cacheNames().empty() || m_folder.inExchange();
     if (m_replaces && !m_force)
         throw Failure(Exit::refused, m_folder.path(), "not built", "it holds an exam already",
                       "Use --force to replace it.");
+    if (m_folder.hasCache() && access(m_folder.cache().c_str(), W_OK) != 0)
+        notBuilt(m_folder, "nothing may be written into its Cache", "Check its permissions.");
+    finishExchange(m_folder);
 }
 
 void ExamBuilder::checkInputs(const std::vector<std::string>& files) const {
@@ -186,13 +177,11 @@ void ExamBuilder::checkImage(const QVR_ST_IMAGE& image) const {
         throw Failure(Exit::refused, "", "refused",
                       fmt::format("SOP Instance UID {} is that of an image taken before", uid),
                       "Use --new-uid if it is another image.");
-    const auto fitted = [](int side, int other, int display) { return std::int64_t{display} * side / other; };
-    if (fitted(image.Width, image.Height, m_record.display.cy) < 1 ||
-        fitted(image.Height, image.Width, m_record.display.cx) < 1)
-        throw Failure(
-            Exit::unsupported, "", "refused",
-            fmt::format("{} x {} pixels, fitted into {} x {}, would be less than one pixel wide or high",
-                        image.Width, image.Height, m_record.display.cx, m_record.display.cy));
+    if (hasThumbnail({image.Width, image.Height}, m_record.display)) return;
+    throw Failure(
+        Exit::unsupported, "", "refused",
+        fmt::format("{} x {} pixels, fitted into {} x {}, would be less than {} pixels wide or high",
+                    image.Width, image.Height, m_record.display.cx, m_record.display.cy, kSmallestDisplay));
 }
 
 // A study shows the patient of its first image over all of them.
@@ -315,58 +304,52 @@ void ExamBuilder::add(DicomRecords records, const AdoptedImage& image, const Win
 
 std::vector<std::string> ExamBuilder::finish() {
     if (!m_begun) return {};
+    if (m_series.empty()) {
+        leaveNothing();
+        return {};
+    }
     std::vector<std::string> left;
     takeStates();
+    m_place.write(m_record);  // what comes next may fill the disk
     for (int position = 0; position < m_exam.GetSeriesInRAMCount();) {
         dcmSeries* series = m_exam.GetSeriesInRAM(position);
         if (writeOut(series)) continue;
         left.push_back(recordOf(series).attributes.SOPInstanceUID.GetString());
         ++position;
     }
-    if (m_fresh && m_series.empty()) {
-        // Nothing was taken in, so nothing stays; what is not empty is not removed.
-        std::error_code error;
-        fs::remove(m_folder.examFile(), error);
-        fs::remove(m_folder.cache(), error);
-        fs::remove(m_folder.path(), error);
-        return left;
+    try {
+        m_place.write(m_record);
+    } catch (const Failure&) {
+        if (left.empty())
+            throw Failure(
+                Exit::notWritten, m_folder.path(), "not finished",
+                fmt::format("the exam file was not written again ({} are free)",
+                            readableSize(freeSpace(m_place.path()))),
+                kept(fmt::format("All images are there. Use qvr cache check {} --repair.", m_folder.path())));
     }
-    m_place.write(m_record);
     return left;
 }
 
-std::set<std::string> ExamBuilder::putInPlace() {
+// Nothing was taken in, so nothing stays; a folder that is not empty is not removed.
+void ExamBuilder::leaveNothing() {
+    if (m_replaces) return;
+    std::error_code error;
+    fs::remove(m_folder.examFile(), error);
+    fs::remove(m_folder.cache(), error);
+    if (m_fresh) fs::remove(m_folder.path(), error);
+}
+
+std::set<std::string> ExamBuilder::putInPlace(bool complete) {
     if (!m_replaces || m_series.empty()) return {};
     auto uids = m_folder.hasExamFile() ? namedIn(m_folder) : std::set<std::string>();
-    const std::string old = m_place.replaced();
-    const bool hadCache = m_folder.hasCache();
-    const auto before = m_folder.cacheNames();
-    std::error_code error, ignored;
-    for (const auto& [from, to] :
-         {std::pair(m_folder.cache(), m_place.cache()), std::pair(m_folder.examFile(), m_place.examFile())}) {
-        const auto status = fs::status(from, error);
-        if (fs::exists(status)) fs::permissions(to, status.permissions(), ignored);
-    }
-    std::vector<std::pair<std::string, std::string>> renames = {
-        {m_folder.cache(), old},
-        {m_place.cache(), m_folder.cache()},
-        {m_place.examFile(), m_folder.examFile()},  // the last one, since it cannot be taken back
-    };
-    if (!hadCache) renames.erase(renames.begin());
-    syncFolder(m_place.cache());
-    error = exchange(renames);
-    if (error) throw Failure(Exit::notWritten, m_folder.path(), "not built", error.message(), kept(""));
-    // What the new exam has no file for stays: raw copies of other images, and files that are not the exam's.
-    bool all = true;
-    for (const auto& name : before) {
-        const std::string back = m_folder.cache() + '/' + name;
-        if (fs::symlink_status(back, ignored).type() != fs::file_type::not_found) continue;
-        fs::rename(fs::path(old) / name, back, error);
-        all = all && !error;
-    }
-    syncFolder(m_folder.cache());
-    syncFolder(m_folder.path());
-    if (all) fs::remove_all(m_place.path(), ignored);
+    for (const auto& [uid, series] : m_series) uids.erase(uid);
+    if (!complete && !uids.empty())
+        throw Failure(
+            Exit::refused, m_folder.path(), "not built",
+            fmt::format("files failed, and {} of the exam that is there would not be in the new one",
+                        uids.size() == 1 ? "an image" : "images"),
+            "Mend those files or take them away. " + kept(""));
+    exchangeExam(m_folder, m_place);
     m_place = m_folder;
     return uids;
 }

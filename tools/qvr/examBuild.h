@@ -40,12 +40,13 @@ public:
     /// @throws Failure when this image is not fit for it, StopFailure when the folder cannot be written
     void add(DicomRecords records, const AdoptedImage& image, const Window& window, const Curve& curve);
 
-    /// Writes out what is resident and brings the exam file up to date, also after Ctrl-C.
+    /// Writes out what is resident and brings the exam file up to date, also after Ctrl-C. Without an image nothing stays.
     /// @return UIDs that could not be written out: their raw copies are there
     std::vector<std::string> finish();
     /// Replaces the exam that was there; without one, nothing is left to do.
-    /// @return its UIDs @throws Failure with that exam as it was
-    std::set<std::string> putInPlace();
+    /// @param complete  every input was taken in; otherwise an exam with an image that the new one lacks is kept
+    /// @return UIDs that the new one lacks @throws Failure, mostly with that exam as it was: the sentence says so
+    std::set<std::string> putInPlace(bool complete);
     /// There is an exam that is replaced.
     bool replaces() const { return m_replaces; }
     /// What a sentence about a failure says of the images that are there.
@@ -61,6 +62,7 @@ private:
     void begin();
     void checkPatient(const DicomRecords& records) const;
     void makeRoom();
+    void leaveNothing();
     bool writeOut(dcmSeries* series);
     int studyFor(const DicomRecords& records);
     void create(int study, const SeriesRecord& series, const std::uint16_t* pixels);

@@ -64,6 +64,8 @@ struct ExamRecord {
 
 /// The file's text. Texts that are not UTF-8 have U+FFFD where they are not.
 std::string toText(const ExamRecord& exam);
+/// Bytes of an exam file that is read.
+constexpr std::size_t kLargestExamFile = std::size_t{1} << 26;
 
 /// Reads the file's text. Nothing in it is trusted: types, sizes, dates and UIDs are checked.
 /// @param file  its name, for sentences

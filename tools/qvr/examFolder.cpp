@@ -25,6 +25,7 @@ namespace {
 std::vector<std::string> namesIn(const std::string& folder) {
     std::vector<std::string> names;
     std::error_code error;
+    if (fs::status(folder, error).type() == fs::file_type::not_found) return names;
     for (fs::directory_iterator entry(folder, error), end; !error && entry != end; entry.increment(error))
         names.push_back(entry->path().filename().string());
     if (error) throw Failure(Exit::unreadable, folder, "not read", error.message(), "Check its permissions.");
@@ -112,6 +113,11 @@ bool ExamFolder::hasCache() const {
     return fs::is_directory(cache(), error);
 }
 
+bool ExamFolder::inExchange() const {
+    const ExamFolder other(exchange());
+    return other.hasCache() || other.hasExamFile();
+}
+
 std::vector<std::string> ExamFolder::cacheNames() const {
     return hasCache() ? namesIn(cache()) : std::vector<std::string>();
 }
@@ -129,6 +135,10 @@ ExamRecord ExamFolder::read() const {
         throw Failure(Exit::unreadable, m_path, "not read", error.message(), "Check the path.");
     if (status.type() != fs::file_type::directory)
         throw Failure(Exit::unreadable, m_path, "not read", "it is no folder", "Name an exam folder.");
+    if (inExchange())
+        throw Failure(Exit::unreadable, m_path, "not read",
+                      "it was being replaced when the program was ended",
+                      fmt::format("Use qvr cache check {} --repair to finish that.", m_path));
     if (!hasExamFile())
         throw Failure(Exit::unreadable, m_path, "not read", "it is no exam folder: it has no exam.json",
                       hasCache() ? "See what its Cache holds with qvr cache check." : "Name an exam folder.");
@@ -137,6 +147,10 @@ ExamRecord ExamFolder::read() const {
 
 void ExamFolder::write(const ExamRecord& exam) const {
     const std::string text = toText(exam);
+    if (text.size() > kLargestExamFile)
+        throw Failure(Exit::notWritten, examFile(), "not written",
+                      fmt::format("it would have {}", readableSize(static_cast<double>(text.size()))),
+                      "Shorten the texts of its images.");
     writeSafely(examFile(), {reinterpret_cast<const std::uint8_t*>(text.data()), text.size()}, true, true);
 }
 

@@ -44,7 +44,9 @@ public:
     const std::string& path() const { return m_path; }
     std::string examFile() const { return m_path + "/exam.json"; }
     std::string cache() const { return m_path + "/Cache"; }
-    /// Where the cache of an exam waits that this one replaces.
+    /// The folder in it of an exam that takes its place. That one is whole.
+    std::string exchange() const { return m_path + "/.qvr-exchange"; }
+    /// In that folder, the cache that was replaced.
     std::string replaced() const { return m_path + "/replaced"; }
     std::string rawCopy(const std::string& uid) const;
     std::string imageFile(const std::string& uid) const;
@@ -52,11 +54,13 @@ public:
 
     bool hasExamFile() const;
     bool hasCache() const;
-    /// Names in the cache folder, or in the exam folder, sorted. @throws Failure
+    /// Another exam has begun to take its place: its files may be those of both.
+    bool inExchange() const;
+    /// Names in the cache folder, or in the exam folder, sorted; none when there is no such folder. @throws Failure
     std::vector<std::string> cacheNames() const;
     std::vector<std::string> names() const;
 
-    /// Reads the exam file. @throws Failure
+    /// Reads the exam file, but not that of an exam in exchange. @throws Failure
     ExamRecord read() const;
     /// Writes it to a new file and renames it, also after Ctrl-C: what was done is always written down. @throws Failure
     void write(const ExamRecord& exam) const;

@@ -104,7 +104,7 @@ public:
         }
         const auto left = m_builder.finish();
         if (!left.empty()) throw notWrittenOut(left);
-        report(m_builder.putInPlace());
+        report(m_builder.putInPlace(result == Exit::done));
         return result;
     }
 
@@ -157,21 +157,20 @@ private:
                 m_console.warning(m_request.exam, fmt::format("{} not written out; the raw copies are there.",
                                                               fmt::join(left, ", ")));
         } catch (const Failure& failure) {
-            m_console.warning(m_request.exam,
-                              "the exam file does not know the last images; qvr cache check names them.");
+            m_console.warning(
+                m_request.exam,
+                "the exam file may name an image that was not taken in; qvr cache check tells.");
         }
     }
 
-    void report(const std::set<std::string>& before) {
+    void report(const std::set<std::string>& left) {
         ExamRecord record = m_builder.record();
         const auto images = imagesOf(record);
-        std::set<std::string> left = before;
-        for (const auto& image : images) left.erase(image.uid());
         if (!images.empty() && !left.empty())
             m_console.warning(
                 m_request.exam,
-                fmt::format("files of {} images of the exam that was replaced are still in Cache: {}.",
-                            left.size(), fmt::join(left, ", ")));
+                fmt::format("files of {} {} of the exam that was replaced are still in Cache: {}.",
+                            left.size(), left.size() == 1 ? "image" : "images", fmt::join(left, ", ")));
         if (images.empty() || m_common.json || m_common.quiet) return;
         m_console.result(fmt::format("{}  {} {} in {} {}\n", printable(m_request.exam), images.size(),
                                      images.size() == 1 ? "image" : "images", record.studies.size(),

@@ -17,7 +17,6 @@ namespace {
 
 using Json = nlohmann::json;
 
-constexpr std::size_t kLargestFile = std::size_t{1} << 26;
 constexpr int kLargestSide = 32767;
 constexpr std::size_t kMostMarks = 3;
 constexpr int kBits = 14;
@@ -184,8 +183,9 @@ StudyRecord studyOf(const Node& node, std::set<std::string>& uids) {
 }  // namespace
 
 ExamRecord parseExam(const std::string& file, std::span<const std::uint8_t> bytes) {
-    const Json json = bytes.size() > kLargestFile ? Json(Json::value_t::discarded)
-                                                  : Json::parse(bytes.begin(), bytes.end(), nullptr, false);
+    const Json json = bytes.size() > kLargestExamFile
+                          ? Json(Json::value_t::discarded)
+                          : Json::parse(bytes.begin(), bytes.end(), nullptr, false);
     const Node root(file, json, "");
     if (json.is_discarded()) root.wrong("it is no JSON text, or cut short");
     if (root.at("format").text() != "qvr-exam") root.at("format").wrong("\"qvr-exam\" is expected");

@@ -1,15 +1,21 @@
 // qvr cache check: are all files of an exam whole, and with --repair, what can be brought back.
 #include <fmt/format.h>
 
+#include <unistd.h>
+
 #include <filesystem>
 
 #include "../cacheCheck.h"
+#include "../examExchange.h"
 #include "../examLock.h"
 #include "../interrupt.h"
 #include "../progress.h"
+#include "../safeFile.h"
 #include "../verb.h"
 
 namespace qvr::tool {
+
+namespace fs = std::filesystem;
 
 namespace {
 
@@ -22,7 +28,9 @@ const char* wordFor(StrayFile::Kind kind) {
         case StrayFile::Kind::temporary:
             return "temporary file of a write that was killed";
         case StrayFile::Kind::unfinished:
-            return "exam of a build that was killed";
+            return "exam of a build that did not end";
+        case StrayFile::Kind::replaced:
+            return "replaced exam";
         case StrayFile::Kind::other:
             break;
     }
@@ -49,31 +57,46 @@ public:
     Exit run(const Common& common, Console& console) override {
         const ExamFolder folder(m_path);
         std::optional<ExamLock> lock;
-        if (m_repair) lock.emplace(m_path, ExamLock::Use::writing);
+        if (m_repair) {
+            lock.emplace(m_path, ExamLock::Use::writing);
+            checkWritable(folder);
+            finishExchange(folder);
+        }
         ExamRecord exam = readExam(folder, console);
+        const std::string asRead = toText(exam);
         try {
             checkImages(folder, exam, common, console);
         } catch (...) {
-            saveRepairs(folder, exam);
+            saveRepairs(folder, exam, asRead);
             throw;
         }
-        saveRepairs(folder, exam);
+        saveRepairs(folder, exam, asRead);
         checkStrays(folder, exam, common, console);
         if (!common.json && !common.quiet)
             console.result(fmt::format("{}  {} {}, {} {}{}\n", printable(m_path), m_images,
                                        m_images == 1 ? "image" : "images", m_problems,
                                        m_problems == 1 ? "problem" : "problems",
                                        m_repairable && !m_repair ? "; --repair mends some" : ""));
+        if (m_notRestored) return Exit::notWritten;
         return m_problems == 0 ? Exit::done : Exit::someFailed;
     }
 
 private:
     // Without an exam file the cache is still told, file by file.
     ExamRecord readExam(const ExamFolder& folder, Console& console) {
-        if (folder.hasExamFile() || !folder.hasCache()) return folder.read();
+        if (folder.hasExamFile() || !folder.hasCache() || folder.inExchange()) return folder.read();
         console.warning(m_path, "it has no exam.json; the files are named, but nobody knows their sizes.");
         ++m_problems;
         return {};
+    }
+
+    static void checkWritable(const ExamFolder& folder) {
+        for (const auto& path : {folder.path(), folder.cache()}) {
+            std::error_code error;
+            if (!fs::is_directory(path, error) || access(path.c_str(), W_OK) == 0) continue;
+            throw Failure(Exit::notWritten, path, "not repaired", "nothing may be written into it",
+                          "Check its permissions.");
+        }
     }
 
     void checkImages(const ExamFolder& folder, ExamRecord& exam, const Common& common, Console& console) {
@@ -84,11 +107,16 @@ private:
             progress.start(image.uid());
             const auto check =
                 m_repair ? repairImage(folder, image.image()) : checkImage(folder, image.image());
-            m_changed = m_changed || m_repair;
             ++m_images;
+            m_restored = m_restored || !check.repaired.empty();
             if (!check.whole()) ++m_problems;
             if (!check.imageFile.whole() && check.rawCopy.whole()) m_repairable = true;
             report(check, common, console);
+            if (!check.notRestored.empty()) {
+                m_notRestored = true;
+                console.error(
+                    Failure(Exit::notWritten, check.notRestoredFile, "not restored", check.notRestored));
+            }
             progress.finish(image.uid(), check.whole() ? std::optional<std::string>("whole") : std::nullopt);
         }
         console.endProgress();
@@ -111,15 +139,23 @@ private:
     }
 
     // The exam file tells of the restored files too, but is not touched where nothing was restored.
-    void saveRepairs(const ExamFolder& folder, const ExamRecord& exam) const {
-        if (m_changed && toText(exam) != toText(folder.read())) folder.write(exam);
+    void saveRepairs(const ExamFolder& folder, const ExamRecord& exam, const std::string& asRead) const {
+        if (!m_repair || toText(exam) == asRead) return;
+        try {
+            folder.write(exam);
+        } catch (const Failure& failure) {
+            if (!m_restored) throw;
+            throw Failure(Exit::notWritten, folder.examFile(), "not written",
+                          fmt::format("{} are free", readableSize(freeSpace(m_path))),
+                          "The image files are restored. Make room, then repeat the repair.");
+        }
     }
 
     void checkStrays(const ExamFolder& folder, ExamRecord& exam, const Common& common, Console& console) {
         for (auto& file : strayFiles(folder, exam)) {
             const bool temporary =
                 file.kind == StrayFile::Kind::temporary || file.kind == StrayFile::Kind::unfinished;
-            m_repairable = m_repairable || temporary;
+            m_repairable = m_repairable || temporary || file.kind == StrayFile::Kind::replaced;
             if (m_repair && temporary) file.removed = removeTemporary(folder, file);
             if (!file.removed) ++m_problems;
             if (common.json)
@@ -136,7 +172,8 @@ private:
 
     std::string m_path;
     bool m_repair = false;
-    bool m_changed = false;
+    bool m_restored = false;
+    bool m_notRestored = false;
     bool m_repairable = false;
     int m_images = 0;
     int m_problems = 0;

@@ -48,6 +48,9 @@ CSize previewDisplay(const std::string& file, CSize image) {
 // One study with one series, as a console has it while it acquires.
 GreyPicture reduced(const std::string& file, const AdoptedImage& image, const Window& window, CSize display,
                     bool preview) {
+    if (!hasThumbnail({image.width, image.height}, display))
+        throw Failure(Exit::usage, file, preview ? "no preview" : "no thumbnail",
+                      fmt::format("its display is less than {} pixels wide or high", kSmallestDisplay));
     const PrivateFolder folder;  // goes after the exam that has files in it
     dcmExam exam;
     const QVR_ST_STUDY study{};
@@ -72,7 +75,7 @@ GreyPicture reduced(const std::string& file, const AdoptedImage& image, const Wi
     const CDib* bitmap = preview ? kept->GetPreview() : kept->GetThumb();
     if (!bitmap || bitmap->InfoHeader->biWidth < 1 || bitmap->InfoHeader->biHeight < 1)
         throw Failure(Exit::usage, file, preview ? "no preview" : "no thumbnail",
-                      "its display is less than five pixels wide or high");
+                      "its picture would be less than one pixel wide or high");
     return pictureOf(*bitmap);
 }
 
