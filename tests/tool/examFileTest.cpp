@@ -30,6 +30,8 @@ ExamRecord sample() {
         exam.studies[0].series.push_back(series);
     }
     exam.studies[0].series[1].image.imageFile = PixelFileRecord{67, 45, 7};
+    exam.studies[0].patientName = "Doe^John=\xe5\xb1\xb1";
+    exam.studies[0].series[1].image.history = {"YES", "01", "9.5\\3", "ISO_10918_1\\ISO_14495_1"};
     exam.studies[0].series[1].image.marks = {{"\xe5\xb7\xa6 \"L\"", 40, -3, 1000}};
     return exam;
 }
@@ -49,6 +51,10 @@ TEST(ExamFile, IsReadAsItWasWritten) {
     EXPECT_EQ(read.studies[0].attributes.PatientBirthDate.GetStatus(), COleDateTime::null);
     EXPECT_EQ(read.studies[0].series[1].image.marks[0].text, "\xe5\xb7\xa6 \"L\"");
     EXPECT_EQ(read.studies[0].series[1].image.attributes.BAKWidth, 67);
+    EXPECT_EQ(read.studies[0].patientName, "Doe^John=\xe5\xb1\xb1");
+    const auto& history = read.studies[0].series[1].image.history;
+    EXPECT_EQ(history.burnedIn + '|' + history.lossy + '|' + history.lossyRatio + '|' + history.lossyMethod,
+              "YES|01|9.5\\3|ISO_10918_1\\ISO_14495_1");
 }
 
 TEST(ExamFile, ReplacesWhatIsNoUtf8) {
@@ -88,6 +94,17 @@ TEST(WrongExamTest, IsRefusedWithItsPlace) {
          R"([{"text":"","font_height":30,"left":0,"top":0},{"text":"","font_height":30,"left":0,"top":0},
                       {"text":"","font_height":30,"left":0,"top":0},{"text":"","font_height":30,"left":0,"top":0}])",
          Exit::unreadable, "3 marks at most"},
+        {"wholeNameNoText", "/studies/0/patient_name", "[]", Exit::unreadable, "patient_name: a text"},
+        {"zeroInWholeName", "/studies/0/patient_name", "\"a\\u0000b\"", Exit::unreadable,
+         "patient_name: a text"},
+        {"burnedNoText", "/studies/0/series/1/image/burned_in_annotation", "true", Exit::unreadable,
+         "a text"},
+        {"burnedUnknown", "/studies/0/series/1/image/burned_in_annotation", "\"yes\"", Exit::unreadable,
+         "burned_in_annotation: YES or NO"},
+        {"lossyUnknown", "/studies/0/series/1/image/lossy_image_compression", "\"1\"", Exit::unreadable,
+         "00 or 01"},
+        {"ratioNoText", "/studies/0/series/1/image/lossy_image_compression_ratio", "9.5", Exit::unreadable,
+         "ratio: a text"},
         {"uidLeadsOut", "/studies/0/series/1/image/sop_instance_uid", "\"../../x\"", Exit::refused, "\"/\""},
         {"uidTwice", "/studies/0/series/1/image/sop_instance_uid", "\"1.2.3.1\"", Exit::refused, "twice"}};
     for (const WrongCase& test : rows) {

@@ -39,11 +39,10 @@ std::string portrait(const std::string& path, int number, const Person& person, 
     spec.uid = uidOf(number);
     spec.words.assign(static_cast<std::size_t>(side * side), static_cast<std::uint16_t>(1000 * number));
     spec.more = [&](DcmDataset& set) {
-        const std::pair<DcmTagKey, const char*> texts[] = {{DCM_StudyInstanceUID, person.studyUid},
-                                                           {DCM_PatientName, person.name},
-                                                           {DCM_PatientID, person.id},
-                                                           {DCM_PatientBirthDate, person.born},
-                                                           {DCM_PatientSex, person.sex}};
+        const std::pair<DcmTagKey, const char*> texts[] = {
+            {DCM_SpecificCharacterSet, "ISO_IR 192"}, {DCM_StudyInstanceUID, person.studyUid},
+            {DCM_PatientName, person.name},           {DCM_PatientID, person.id},
+            {DCM_PatientBirthDate, person.born},      {DCM_PatientSex, person.sex}};
         for (const auto& [tag, text] : texts)
             if (*text) set.putAndInsertString(tag, text);
     };
@@ -87,7 +86,14 @@ TEST_F(ExamSafetyTest, OneStudyHasOnePatient) {
         {"noUidOtherName", {"", "Doe^J"}, {"", "Roe^J"}, 0, 2},
         {"noUidOtherId", {"", "Doe^J", "1"}, {"", "Doe^J", "2"}, 0, 2},
         {"noUidOtherSex", {"", "Doe^J", "", "", "F"}, {"", "Doe^J", "", "", "M"}, 0, 2},
-        {"noUidAndNoName", {"", "Doe^J"}, {}, 0, 2}};
+        {"noUidAndNoName", {"", "Doe^J"}, {}, 0, 2},
+        {"otherMiddleName", {"1.2", "Doe^J^Adam"}, {"1.2", "Doe^J^Bernard"}, 1, 1, "patient name"},
+        {"onlyPadding", {"1.2", "Doe ^J"}, {"1.2", "Doe^J^^^=="}, 0, 1},
+        {"otherIdeographs", {"1.2", "=\xe5\xb1\xb1"}, {"1.2", "=\xe6\x9c\xa8"}, 1, 1, "patient name"},
+        {"noUidOtherIdeographs", {"", "=\xe5\xb1\xb1"}, {"", "=\xe6\x9c\xa8"}, 0, 2},
+        {"oneGroupMore", {"1.2", "Yama"}, {"1.2", "Yama=\xe5\xb1\xb1"}, 0, 1},
+        {"oneGroupDiffers", {"1.2", "Yama=\xe5\xb1\xb1"}, {"1.2", "Yama=\xe6\x9c\xa8"}, 1, 1, "patient name"},
+        {"noGroupInCommon", {"1.2", "Yama"}, {"1.2", "=\xe5\xb1\xb1"}, 1, 1, "patient name"}};
     for (const auto& row : rows) {
         SCOPED_TRACE(row.name);
         fs::remove_all(exam());
@@ -106,6 +112,33 @@ TEST_F(ExamSafetyTest, OneStudyHasOnePatient) {
         const Json studies = record()["studies"];
         EXPECT_EQ(studies.size(), row.studies);
         EXPECT_EQ(studies[0]["series"].size(), row.code == 0 && row.studies == 1 ? 2U : 1U);
+    }
+}
+
+// The third image's name fits the first one's, which lacks what tells it from the second one's.
+TEST_F(ExamSafetyTest, GroupsThatImagesAddToANameAreComparedToo) {
+    portrait(in("a.dcm"), 1, {"1.2", "Yama"});
+    portrait(in("b.dcm"), 2, {"1.2", "Yama=\xe5\xb1\xb1"});
+    portrait(in("c.dcm"), 3, {"1.2", "Yama=\xe6\x9c\xa8"});
+    EXPECT_EQ(build().code, 1);
+    EXPECT_EQ(record()["studies"][0]["patient_name"], "Yama=\xe5\xb1\xb1");
+    EXPECT_EQ(record()["studies"][0]["series"].size(), 2U);
+}
+
+TEST_F(ExamSafetyTest, ShowsTheFirstGroupThatANameHas) {
+    const std::pair<const char*, const char*> rows[] = {
+        {"Doe^J^Adam=\xe5\xb1\xb1", "Doe|J"},
+        {"=\xe5\xb1\xb1^\xe5\xa4\xaa=ya^ta", "\xe5\xb1\xb1|\xe5\xa4\xaa"},
+        {"^^==ya^ta^", "ya|ta"},
+        {"^J", "|J"}};
+    for (const auto& [name, shown] : rows) {
+        fs::remove_all(exam());
+        portrait(in("a.dcm"), 1, {"1.2", name});
+        ASSERT_EQ(build().code, 0);
+        const Json study = record()["studies"][0];
+        EXPECT_EQ(study["patient_family_name"].get<std::string>() + '|' +
+                      study["patient_given_name"].get<std::string>(),
+                  shown);
     }
 }
 

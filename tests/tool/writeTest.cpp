@@ -169,6 +169,69 @@ TEST_F(DicomOutputTest, KeepsWhatTheSourceSaysAboutItself) {
     EXPECT_FALSE(set.tagExists(DCM_SourceImageSequence));  // nothing valid to refer to
 }
 
+struct HistoryCase {
+    const char* name;
+    std::vector<std::pair<DcmTagKey, std::string>> source, exported;
+    bool lossyFile = false;  // compressed so, with attributes that deny it
+    bool marked = false;     // in the exam
+};
+
+// What no pixel shows survives the way through an exam.
+TEST_F(DicomOutputTest, AnExamKeepsWhatItsSourcesSayAboutThemselves) {
+    const auto cr = "1.2.840.10008.5.1.4.1.1.1";
+    const auto burned = DCM_BurnedInAnnotation, lossy = DCM_LossyImageCompression;
+    const auto ratio = DCM_LossyImageCompressionRatio, method = DCM_LossyImageCompressionMethod;
+    const HistoryCase rows[] = {
+        {"silent", {}, {{burned, "NO"}, {lossy, "00"}, {ratio, "(missing)"}, {method, "(missing)"}}},
+        {"burned", {{burned, "YES"}}, {{burned, "YES"}}},
+        {"marked", {{burned, "NO"}}, {{burned, "YES"}}, false, true},
+        {"lossy",
+         {{lossy, "01"}, {ratio, "9.5\\3"}, {method, "ISO_10918_1\\ISO_14495_1"}},
+         {{lossy, "01"}, {ratio, "9.5\\3"}, {method, "ISO_10918_1\\ISO_14495_1"}}},
+        {"zeroInside", {{ratio, {"9.5\0\\3", 6}}}, {{ratio, "9.5\\3"}}},
+        {"lossyFile", {}, {{lossy, "01"}}, true},
+        {"silentCr", {{DCM_Modality, "CR"}, {DCM_SOPClassUID, cr}}, {{lossy, "(missing)"}}},
+        {"losslessCr", {{DCM_Modality, "CR"}, {DCM_SOPClassUID, cr}, {lossy, "00"}}, {{lossy, "00"}}},
+        {"unknownValues", {{burned, "maybe"}, {lossy, "2"}}, {{burned, "NO"}, {lossy, "00"}}},
+        {"wholeName",
+         {{DCM_PatientName, "M\xfcller^Eva^Maria^Dr= ^ "}},
+         {{DCM_PatientName, "M\xc3\xbcller^Eva^Maria^Dr"}}}};
+    for (const auto& row : rows) {
+        SCOPED_TRACE(row.name);
+        const TemporaryFolder folder;
+        DicomSpec spec;
+        spec.transfer = row.lossyFile ? EXS_JPEGProcess2_4 : EXS_LittleEndianExplicit;
+        spec.more = [&](DcmDataset& set) {
+            set.putAndInsertString(DCM_SpecificCharacterSet, "ISO_IR 100");
+            for (const auto& [tag, text] : row.source)
+                set.putAndInsertOFStringArray(tag, OFString(text.c_str(), text.size()));
+        };
+        const auto file = ::writeDicom(folder / "in.dcm", spec);
+        if (row.lossyFile) {
+            DcmFileFormat format;
+            ASSERT_TRUE(format.loadFile(file.c_str()).good());
+            ASSERT_TRUE(format.getDataset()->putAndInsertString(lossy, "00").good());
+            ASSERT_TRUE(format.getDataset()->putAndInsertString(DCM_SOPInstanceUID, "1.2.3.4").good());
+            ASSERT_TRUE(format.saveFile(file.c_str()).good());
+        }
+        ASSERT_EQ(runTool({"exam", "build", folder.path(), "-o", folder / "exam"}).code, 0);
+        if (row.marked) {
+            auto exam = nlohmann::json::parse(contentOf(folder / "exam/exam.json"));
+            exam["studies"][0]["series"][0]["image"]["marks"].push_back(
+                {{"text", "L"}, {"font_height", 30}, {"left", 99}, {"top", 300}});
+            folder.file("exam/exam.json", exam.dump());
+        }
+
+        const auto result =
+            runTool({"exam", "export", folder / "exam", "-o", folder / "out", "--format", "dcm"});
+
+        ASSERT_EQ(result.code, 0) << result.err;
+        ASSERT_TRUE(m_out.loadFile((folder / "out/1.2.3.4.dcm").c_str()).good());
+        for (const auto& [tag, text] : row.exported)
+            EXPECT_EQ(attributeText(*m_out.getDataset(), tag), text) << DcmTag(tag).getTagName();
+    }
+}
+
 struct ViewCase {
     std::string window;
     std::string curve;

@@ -67,6 +67,13 @@ std::string DicomHeader::text(const DcmTagKey& tag, unsigned long position) cons
     return trimmed({value.c_str(), value.size()});
 }
 
+std::string DicomHeader::values(const DcmTagKey& tag) const {
+    OFString value;
+    if (m_set.findAndGetOFStringArray(tag, value).bad()) return {};
+    std::replace(value.begin(), value.end(), '\0', ' ');
+    return trimmed({value.c_str(), value.size()});
+}
+
 std::optional<double> DicomHeader::number(const DcmTagKey& tag, unsigned long position) const {
     return parseDouble(text(tag, position));
 }

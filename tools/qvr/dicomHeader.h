@@ -21,6 +21,8 @@ public:
 
     /// One value as text, without padding; empty when it is missing.
     std::string text(const DcmTagKey& tag, unsigned long position = 0) const;
+    /// All its values, joined by backslashes; zeros between them, as some files pad with, are spaces.
+    std::string values(const DcmTagKey& tag) const;
     std::optional<double> number(const DcmTagKey& tag, unsigned long position = 0) const;
     std::optional<int> integer(const DcmTagKey& tag) const;
     /// @param name  of the attribute, for the sentence. @throws Failure when it is missing

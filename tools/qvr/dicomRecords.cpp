@@ -7,16 +7,17 @@
 
 #include "dicomHeader.h"
 #include "parse.h"
+#include "personName.h"
 
 namespace qvr::tool {
 
 namespace {
 
-// Family and given name; what follows them, and other ways of writing the name, is left out.
+// Family and given name as shown; what follows them, and further ways of writing the name, is left out.
 void setName(const std::string& name, CString& family, CString& given) {
-    const auto parts = split(split(name, '=')[0], '^');
-    family = std::string(parts[0]).c_str();
-    given = parts.size() > 1 ? std::string(parts[1]).c_str() : "";
+    const auto shown = shownName(name);
+    family = shown.family.c_str();
+    given = shown.given.c_str();
 }
 
 int part(const std::string& digits, std::size_t at, std::size_t length, int missing) {
@@ -52,6 +53,7 @@ void readStudy(const DicomHeader& header, DicomRecords& records) {
     study.StudyDescription = text(DCM_StudyDescription);
     study.AdmittingDiagnosesDescription = text(DCM_AdmittingDiagnosesDescription);
     setName(header.text(DCM_PatientName), study.PatientFamilyName, study.PatientGivenName);
+    records.patientName = tidyName(header.values(DCM_PatientName));
     study.PatientBirthDate = dateTime(header, DCM_PatientBirthDate, DcmTagKey());
     study.PatientBirthDateValid = study.PatientBirthDate.GetStatus() == COleDateTime::valid ? 1 : 0;
     study.PatientID = text(DCM_PatientID);
@@ -101,6 +103,18 @@ void readImage(const DicomHeader& header, DicomRecords& records) {
     records.exposureIndex = rounded(header.number(DCM_ExposureIndex));
 }
 
+// A value that DICOM does not know says nothing; a compression that lost something is believed before the attribute.
+void readHistory(const DicomHeader& header, bool lossyNow, PixelHistory& history) {
+    const auto oneOf = [&](const DcmTagKey& tag, const char* one, const char* other) {
+        const std::string value = header.text(tag);
+        return value == one || value == other ? value : std::string();
+    };
+    history.burnedIn = oneOf(DCM_BurnedInAnnotation, "YES", "NO");
+    history.lossy = lossyNow ? "01" : oneOf(DCM_LossyImageCompression, "00", "01");
+    history.lossyRatio = header.values(DCM_LossyImageCompressionRatio);
+    history.lossyMethod = header.values(DCM_LossyImageCompressionMethod);
+}
+
 }  // namespace
 
 DicomRecords readRecords(const std::string& file, std::span<const std::uint8_t> bytes) {
@@ -115,6 +129,7 @@ DicomRecords readRecords(const std::string& file, std::span<const std::uint8_t> 
     readStudy(header, records);
     readSeries(header, records);
     readImage(header, records);
+    readHistory(header, DcmXfer(set.getOriginalXfer()).isLossy(), records.history);
     records.kind = header.text(DCM_Modality) == "CR" ? dcmStudy::CR : dcmStudy::DX;
     return records;
 }

@@ -13,6 +13,7 @@
 #include "errors.h"
 #include "examExchange.h"
 #include "examTree.h"
+#include "personName.h"
 #include "safeFile.h"
 
 namespace qvr::tool {
@@ -41,11 +42,11 @@ std::set<std::string> namedIn(const ExamFolder& folder) {
     return uids;
 }
 
-// What differs between the patients of two studies; nothing when they are one.
-const char* otherPatient(const QVR_ST_STUDY& a, const QVR_ST_STUDY& b) {
+// What differs between the patients of a study and of an image; nothing when they are one.
+const char* otherPatient(const StudyRecord& known, const DicomRecords& records) {
+    const auto &a = known.attributes, &b = records.study;
     if (!(a.PatientID == b.PatientID)) return "patient ID";
-    if (!(a.PatientFamilyName == b.PatientFamilyName && a.PatientGivenName == b.PatientGivenName))
-        return "patient name";
+    if (!samePerson(known.patientName, records.patientName)) return "patient name";
     const auto born = [](const QVR_ST_STUDY& study) {
         return study.PatientBirthDateValid ? dateText(study.PatientBirthDate) : std::string();
     };
@@ -53,14 +54,15 @@ const char* otherPatient(const QVR_ST_STUDY& a, const QVR_ST_STUDY& b) {
 }
 
 // Without a UID, images are of one study when nothing that tells studies apart differs.
-bool sameStudy(const QVR_ST_STUDY& a, const QVR_ST_STUDY& b) {
+bool sameStudy(const StudyRecord& known, const DicomRecords& records) {
+    const auto &a = known.attributes, &b = records.study;
     if (!(a.StudyInstanceUID == b.StudyInstanceUID)) return false;
     if (!a.StudyInstanceUID.IsEmpty()) return true;
     const auto date = [](const QVR_ST_STUDY& study) {
         return study.StudyDateTime.GetStatus() == COleDateTime::valid ? dateText(study.StudyDateTime)
                                                                       : std::string();
     };
-    return !otherPatient(a, b) && a.PatientSex == b.PatientSex && a.StudyID == b.StudyID &&
+    return !otherPatient(known, records) && a.PatientSex == b.PatientSex && a.StudyID == b.StudyID &&
            a.AccessionNumber == b.AccessionNumber && date(a) == date(b);
 }
 
@@ -187,8 +189,8 @@ void ExamBuilder::checkImage(const QVR_ST_IMAGE& image) const {
 // A study shows the patient of its first image over all of them.
 void ExamBuilder::checkPatient(const DicomRecords& records) const {
     for (std::size_t i = 0; i < m_record.studies.size(); ++i) {
-        const auto& study = m_record.studies[i].attributes;
-        const char* other = sameStudy(study, records.study) ? otherPatient(study, records.study) : nullptr;
+        const auto& study = m_record.studies[i];
+        const char* other = sameStudy(study, records) ? otherPatient(study, records) : nullptr;
         if (!other) continue;
         throw Failure(
             Exit::refused, "", "refused",
@@ -238,13 +240,15 @@ void ExamBuilder::makeRoom() {
 
 int ExamBuilder::studyFor(const DicomRecords& records) {
     for (std::size_t i = 0; i < m_record.studies.size(); ++i) {
-        const auto& study = m_record.studies[i];
-        if (study.modality == records.kind && sameStudy(study.attributes, records.study))
-            return static_cast<int>(i);
+        auto& study = m_record.studies[i];
+        if (study.modality != records.kind || !sameStudy(study, records)) continue;
+        // Otherwise images that each share a group with the first one could be of several persons.
+        study.patientName = completeName(study.patientName, records.patientName);
+        return static_cast<int>(i);
     }
     if (!m_exam.CreateStudy(&records.study, records.kind))
         throw StopFailure(Exit::internal, m_folder.path(), "not built", "there is not enough memory");
-    m_record.studies.push_back({records.study, records.kind, {}});
+    m_record.studies.push_back({records.study, records.patientName, records.kind, {}});
     m_firstFiles.push_back(records.file);
     return m_exam.GetStudyCount() - 1;
 }
@@ -286,8 +290,9 @@ void ExamBuilder::add(DicomRecords records, const AdoptedImage& image, const Win
     if (!m_begun) begin();
     makeRoom();
     const int study = studyFor(records);
-    SeriesRecord series{records.series,
-                        {attributes, records.exposureIndex, curve.type, curve.k, curve.c, {}, {}, {}}};
+    SeriesRecord series{
+        records.series,
+        {attributes, records.exposureIndex, curve.type, curve.k, curve.c, {}, {}, {}, records.history}};
     series.image.rawCopy = {image.width, image.height, checksumOf(image.pixels.data(), image.pixels.size())};
     m_record.studies[static_cast<std::size_t>(study)].series.push_back(series);
     m_series[attributes.SOPInstanceUID.GetString()] = nullptr;

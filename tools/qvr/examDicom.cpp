@@ -36,7 +36,10 @@ const char* sopClassOf(const StudyRecord& study, const SeriesRecord& series) {
                                               : UID_DigitalXRayImageStorageForPresentation;
 }
 
-void putStudy(DcmDataset& set, const QVR_ST_STUDY& study) {
+void putStudy(DcmDataset& set, const StudyRecord& record) {
+    const auto& study = record.attributes;
+    const auto patient = record.patientName.empty() ? nameOf(study.PatientFamilyName, study.PatientGivenName)
+                                                    : record.patientName;
     putTexts(set, {{DCM_StudyInstanceUID, study.StudyInstanceUID.GetString()},
                    {DCM_ReferringPhysicianName,
                     nameOf(study.ReferringPhysicianFamilyName, study.ReferringPhysicianGivenName)},
@@ -44,7 +47,7 @@ void putStudy(DcmDataset& set, const QVR_ST_STUDY& study) {
                    {DCM_AccessionNumber, study.AccessionNumber.GetString()},
                    {DCM_StudyDescription, study.StudyDescription.GetString()},
                    {DCM_AdmittingDiagnosesDescription, study.AdmittingDiagnosesDescription.GetString()},
-                   {DCM_PatientName, nameOf(study.PatientFamilyName, study.PatientGivenName)},
+                   {DCM_PatientName, patient},
                    {DCM_PatientID, study.PatientID.GetString()},
                    {DCM_PatientSex, study.PatientSex.GetString()},
                    {DCM_OtherPatientNames, nameOf(study.OtherPatientFamilyName, study.OtherPatientGivenName)},
@@ -80,15 +83,23 @@ void putImage(DcmDataset& set, const QVR_ST_IMAGE& image) {
     if (image.ExposureTime > 0) putText(set, DCM_ExposureTime, fmt::format("{:.0f}", image.ExposureTime));
 }
 
+void putHistory(DcmDataset& set, const PixelHistory& history) {
+    putTexts(set, {{DCM_BurnedInAnnotation, history.burnedIn},
+                   {DCM_LossyImageCompression, history.lossy},
+                   {DCM_LossyImageCompressionRatio, history.lossyRatio},
+                   {DCM_LossyImageCompressionMethod, history.lossyMethod}});
+}
+
 }  // namespace
 
 std::shared_ptr<DcmDataset> dataSetOf(const StudyRecord& study, const SeriesRecord& series) {
     auto set = std::make_shared<DcmDataset>();
     putText(*set, DCM_SpecificCharacterSet, "ISO_IR 192");
     putText(*set, DCM_SOPClassUID, sopClassOf(study, series));
-    putStudy(*set, study.attributes);
+    putStudy(*set, study);
     putSeries(*set, series.attributes);
     putImage(*set, series.image.attributes);
+    putHistory(*set, series.image.history);
     return set;
 }
 

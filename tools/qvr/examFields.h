@@ -1,6 +1,7 @@
 // Names and members of what an exam file holds, once for writing and reading.
 //
-// Each function calls `visit(name, member)` for every member of a record.
+// Each function calls `visit(name, member)` for every member of a record. Members of the ...IfAny functions are texts
+// that the file has only where they are not empty: older exam files lack them.
 #pragma once
 
 #include "examFile.h"
@@ -32,6 +33,11 @@ void visitStudy(Record& study, Visit&& visit) {
     visit("medical_record_locator", study.MedicalRecordLocator);
     visit("locked", study.Locked);
     visit("status", study.Status);
+}
+
+template <class Record, class Visit>
+void visitNameIfAny(Record& study, Visit&& visit) {
+    visit("patient_name", study.patientName);
 }
 
 template <class Record, class Visit>
@@ -79,6 +85,14 @@ void visitDisplay(Record& image, Visit&& visit) {
     visit("curve", image.curve);
     visit("curve_k", image.curveK);
     visit("curve_c", image.curveC);
+}
+
+template <class Record, class Visit>
+void visitHistoryIfAny(Record& history, Visit&& visit) {
+    visit("burned_in_annotation", history.burnedIn);
+    visit("lossy_image_compression", history.lossy);
+    visit("lossy_image_compression_ratio", history.lossyRatio);
+    visit("lossy_image_compression_method", history.lossyMethod);
 }
 
 template <class Record, class Visit>

@@ -41,6 +41,13 @@ struct Put {
     }
 };
 
+struct PutIfAny {
+    Json& object;
+    void operator()(const char* name, const std::string& text) {
+        if (!text.empty()) object[name] = text;
+    }
+};
+
 Json asJson(const PixelFileRecord& file) {
     return {{"columns", file.columns},
             {"rows", file.rows},
@@ -52,6 +59,7 @@ Json asJson(const ImageRecord& image) {
     Json object;
     visitImage(image.attributes, Put{object});
     visitDisplay(image, Put{object});
+    visitHistoryIfAny(image.history, PutIfAny{object});
     object["marks"] = Json::array();
     for (const auto& mark : image.marks) {
         Json entry;
@@ -66,6 +74,7 @@ Json asJson(const ImageRecord& image) {
 Json asJson(const StudyRecord& study) {
     Json object = {{"kind", study.modality == dcmStudy::CR ? "CR" : "DX"}};
     visitStudy(study.attributes, Put{object});
+    visitNameIfAny(study, PutIfAny{object});
     object["series"] = Json::array();
     for (const auto& series : study.series) {
         Json entry;

@@ -33,6 +33,13 @@ struct PixelFileRecord {
     }
 };
 
+/// What the file that an image comes from says of its pixels, and no pixel shows. Empty: it says nothing.
+struct PixelHistory {
+    std::string burnedIn;                 ///< "YES" or "NO"
+    std::string lossy;                    ///< "01" after a compression that lost something, else "00"
+    std::string lossyRatio, lossyMethod;  ///< of each such compression, with backslashes between them
+};
+
 struct ImageRecord {
     /// Attributes, size and window; no pixels and no paths.
     QVR_ST_IMAGE attributes;
@@ -43,6 +50,7 @@ struct ImageRecord {
     std::vector<MarkRecord> marks;  ///< at most three
     PixelFileRecord rawCopy;
     std::optional<PixelFileRecord> imageFile;  ///< nothing while it is not written
+    PixelHistory history;
 };
 
 struct SeriesRecord {
@@ -52,6 +60,7 @@ struct SeriesRecord {
 
 struct StudyRecord {
     QVR_ST_STUDY attributes;
+    std::string patientName;  ///< all of it, as in personName.h; empty: the attributes have what is known
     dcmStudy::Modality modality = dcmStudy::DX;
     std::vector<SeriesRecord> series;
 };

@@ -42,6 +42,7 @@ public:
         if (found == m_json.end()) below.wrong("missing");
         return {m_file, *found, below.m_place};
     }
+    bool has(const char* name) const { return m_json.is_object() && m_json.contains(name); }
     std::vector<Node> list() const {
         if (!m_json.is_array()) wrong("a list is expected");
         std::vector<Node> nodes;
@@ -104,6 +105,25 @@ struct Take {
     void operator()(const char* name, COleDateTime& value) { value = node.at(name).date(); }
 };
 
+struct TakeIfAny {
+    const Node& node;
+    void operator()(const char* name, std::string& value) {
+        if (node.has(name)) value = node.at(name).text();
+    }
+};
+
+PixelHistory historyOf(const Node& node) {
+    PixelHistory history;
+    visitHistoryIfAny(history, TakeIfAny{node});
+    const auto check = [&](const char* name, const std::string& value, const char* one, const char* other) {
+        if (value.empty() || value == one || value == other) return;
+        node.at(name).wrong(fmt::format("{} or {} is expected", one, other));
+    };
+    check("burned_in_annotation", history.burnedIn, "YES", "NO");
+    check("lossy_image_compression", history.lossy, "00", "01");
+    return history;
+}
+
 void checkPixels(const Node& node, int columns, int rows) {
     try {
         checkSize("", columns, rows);
@@ -145,6 +165,7 @@ ImageRecord imageOf(const Node& node) {
     auto& attributes = image.attributes;
     visitImage(attributes, Take{node});
     visitDisplay(image, Take{node});
+    image.history = historyOf(node);
     checkPixels(node, attributes.Width, attributes.Height);
     node.at("bits_stored").integer(kBits, kBits);
     node.at("high_bit").integer(kBits - 1, kBits - 1);
@@ -166,6 +187,7 @@ StudyRecord studyOf(const Node& node, std::set<std::string>& uids) {
     if (kind != "CR" && kind != "DX") node.at("kind").wrong("CR or DX is expected");
     study.modality = kind == "CR" ? dcmStudy::CR : dcmStudy::DX;
     visitStudy(study.attributes, Take{node});
+    visitNameIfAny(study, TakeIfAny{node});
     for (const auto& entry : node.at("series").list()) {
         SeriesRecord series;
         visitSeries(series.attributes, Take{entry});
