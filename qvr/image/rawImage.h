@@ -142,8 +142,9 @@ public:
     /// only the marks are drawn.
     void Draw(const RECT* rectangle, CDC* surface);
     /// Fills a lookup table for pixel values 0 … size - 1: 0 below low, 255 above high, the curve between. It differs
-    /// from the display's own table: the range counts high - low + 1 values, the linear entries are those of a table
-    /// of 16384 whatever the size, the logarithm is scaled by 1 / ln(k + 1), the sigmoid is not scaled.
+    /// from the display's own table: the range counts high - low + 1 values, the linear entries grow with
+    /// the size of the table and reach 255 only for 16384 entries, the logarithm is scaled by 1 / ln(k + 1), the
+    /// sigmoid is not scaled.
     /// @param type   1 power, 2 exponential, 3 logarithmic, 4 sigmoid, everything else linear
     /// @param k,c    parameters of the curve, c in tenths
     /// @param table  out: room for `size` entries
@@ -189,7 +190,7 @@ public:
     /// @param pixels  width * height values: the image's own, or a copy of them. Own ones that a surface replaces meanwhile
     ///                by calling back are burned when their size is the same
     /// @return 1, also without marks; 0 when a mark could not be burned (another depth than 10, 12, 14 or 16, no
-    ///         zoom, no usable font, no memory); the other marks are burned all the same
+    ///         zoom, a font height that rounds to 0, no usable font, no memory); the other marks are burned all the same
     int WriteMark(int width, int height, std::uint16_t* pixels, int bitsStored, CDC* surface);
 
     // --- print and export --------------------------------------------------------------------------------------

@@ -6,6 +6,7 @@
 #include <span>
 #include <utility>
 
+#include "qvr/image/detail/displayFit.h"
 #include "qvr/image/rawImage.h"
 #include "qvr/platform/detail/guard.h"
 #include "qvr/platform/detail/memory.h"
@@ -117,7 +118,7 @@ dcmImage* dcmExam::OpenImage(int study, int series, const QVR_ST_IMAGE* record, 
     return qvr::guarded<dcmImage*>(nullptr, [&]() -> dcmImage* {
         m_SeriesInRAM.reserveOne();
         if (!target->OpenImage(record)) return nullptr;
-        if (!rectangle) return target->GetDcmImage();
+        if (!qvr::hasRoom(rectangle)) return target->GetDcmImage();
         m_SeriesInRAM.makeRoomFromNewest();
         if (target->ReadImageInRAM(rectangle, surface)) m_SeriesInRAM.append(target);
         return target->GetDcmImage();
@@ -128,7 +129,7 @@ int dcmExam::ActivateImage(int study, int series, const RECT* rectangle, CDC* su
     dcmSeries* const target = find(study, series);
     if (!target) return 0;
     if (!target->IsImageExist() || target->IsImageInRAM()) return 1;
-    if (!rectangle) return 0;  // the read would fail: nothing is written out for it
+    if (!qvr::hasRoom(rectangle)) return 0;  // the read would fail: nothing is written out for it
     return qvr::guarded(0, [&] {
         m_SeriesInRAM.reserveOne();
         if (!m_SeriesInRAM.makeRoomFromOldest()) return 0;

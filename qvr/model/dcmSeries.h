@@ -58,7 +58,7 @@ public:
     /// @return 0, with nothing changed, for a null record, directory or rectangle and when there is an image already. 0
     ///         when a later step fails: the image entity is then kept as far as it came - for 12 bits always, since only
     ///         14-bit pixels can be displayed -, so the pixels are not lost: they are resident, though no exam counts
-    ///         them, and RejectImage or the end of the study frees them
+    ///         them, and RejectImage, when there is a thumbnail, or the end of the study frees them
     virtual int CreateImage(const QVR_ST_IMAGE* record, const char* directory, const RECT* rectangle,
                             CDC* surface) = 0;
     /// An image from stored files; not resident, and no picture is made.
@@ -91,8 +91,8 @@ public:
     ///         cannot be converted (another depth than 14 bits)
     int UpdateImage(int windowWidth, int windowCenter, CDC* surface);
     /// A new zoom, in display pixels per image pixel, centred on the image; (0, 0) is the fitted view.
-    /// @return 0, with nothing changed, for other ratios that are not finite and above 0 and for a null or empty
-    ///         rectangle
+    /// @return 0, with nothing changed, for other ratios that are not finite and above 0, for those that would leave
+    ///         less than a pixel of the image, and for a null or empty rectangle
     int UpdateImage(float xRatio, float yRatio, const RECT* rectangle, CDC* surface);
     /// A new first column and first row (counted from the bottom of the picture); any value is taken, and what lies
     /// outside the image is black.

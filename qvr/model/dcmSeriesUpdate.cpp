@@ -109,6 +109,11 @@ int dcmSeries::UpdateImage(int windowWidth, int windowCenter, CDC* surface) {
 
 namespace {
 
+// A zoom that leaves no pixel of the image is no view: the next refresh would find nothing to show.
+bool vanishes(int size, float ratio) {
+    return size > 0 && static_cast<float>(size) * ratio < 1.0f;
+}
+
 // The first column (or row) of a view that shows the middle of `size` image pixels in `room` display pixels.
 int centringOffset(int size, float ratio, std::int64_t room) {
     const float zoomed = static_cast<float>(size) * ratio;
@@ -127,6 +132,7 @@ int dcmSeries::UpdateImage(float xRatio, float yRatio, const RECT* rectangle, CD
     const bool fitted = xRatio == 0.0f && yRatio == 0.0f;
     const bool zoomed = qvr::isPositiveFinite(xRatio) && qvr::isPositiveFinite(yRatio);
     if (width < 1 || height < 1 || (!fitted && !zoomed)) return 0;
+    if (!fitted && (vanishes(pixels->GetWidth(), xRatio) || vanishes(pixels->GetHeight(), yRatio))) return 0;
 
     pixels->SetXRatio(xRatio);
     pixels->SetYRatio(yRatio);

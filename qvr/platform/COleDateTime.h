@@ -56,6 +56,8 @@ public:
     friend QVR_API bool operator==(const COleDateTime& a, const COleDateTime& b);
     friend QVR_API bool operator<(const COleDateTime& a, const COleDateTime& b);
     friend bool operator>(const COleDateTime& a, const COleDateTime& b) { return b < a; }
+    friend bool operator<=(const COleDateTime& a, const COleDateTime& b) { return a < b || a == b; }
+    friend bool operator>=(const COleDateTime& a, const COleDateTime& b) { return b <= a; }
 
 private:
     double m_value = 0.0;

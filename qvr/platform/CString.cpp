@@ -4,6 +4,8 @@
 #include <cstdarg>
 #include <cstdio>
 
+#include "qvr/platform/detail/guard.h"
+
 namespace {
 
 constexpr const char* kWhiteSpace = " \t\r\n\v\f";
@@ -20,9 +22,11 @@ void CString::Format(const char* format, ...) {
         const int length = std::vsnprintf(nullptr, 0, format, arguments);
         va_end(arguments);
         if (length > 0) {
-            formatted.resize(static_cast<std::size_t>(length) + 1);
-            std::vsnprintf(formatted.data(), formatted.size(), format, again);
-            formatted.resize(static_cast<std::size_t>(length));
+            qvr::guarded([&] {
+                formatted.resize(static_cast<std::size_t>(length) + 1);
+                std::vsnprintf(formatted.data(), formatted.size(), format, again);
+                formatted.resize(static_cast<std::size_t>(length));
+            });
         }
         va_end(again);
     }

@@ -37,7 +37,7 @@ public:
     void Empty() noexcept { m_text.clear(); }
 
     /// Replaces the text by a printf-formatted one; the arguments may point into this string. A format that cannot
-    /// be carried out, or null, gives the empty string. Never pass a host's text as the format.
+    /// be carried out, null, and the end of memory give the empty string. Never pass a host's text as the format.
     void Format(const char* format, ...) __attribute__((format(printf, 2, 3)));
 
     /// Trimming takes space, tab, carriage return, line feed, vertical tab and form feed. @return this string

@@ -79,7 +79,6 @@ TEST_F(ResidencyTest, WhatCannotSucceedOrNeedsNoRoomEvictsNothing) {
     EXPECT_FALSE(m_exam.OpenImage(0, planned, nullptr, &kScreen, &m_surface));
     EXPECT_FALSE(m_exam.OpenImage(0, 0, &record, &kScreen, &m_surface));  // has an image
     EXPECT_FALSE(m_exam.OpenImage(1, planned, &record, &kScreen, &m_surface));
-    EXPECT_EQ(m_exam.ActivateImage(0, position(all[5]), nullptr, &m_surface), 0);
     EXPECT_EQ(m_exam.ReadSeriesInRAM(all[5], nullptr, &m_surface), 0);
     EXPECT_EQ(listed(m_exam.ReadSeriesInRAM(nullptr, &kScreen, &m_surface), m_exam.WriteSeriesToHDD(nullptr)),
               "0 0 ");
@@ -88,6 +87,14 @@ TEST_F(ResidencyTest, WhatCannotSucceedOrNeedsNoRoomEvictsNothing) {
     EXPECT_EQ(m_exam.ActivateImage(1, 0, &kScreen, &m_surface), 0);
     EXPECT_EQ(activate(m_study->GetSeries(planned)), 1);
     EXPECT_EQ(activate(all[3]), 1);
+    const RECT minimised{};
+    for (const RECT* noRoom : {static_cast<const RECT*>(nullptr), &minimised}) {
+        EXPECT_EQ(m_exam.ActivateImage(0, position(all[5]), noRoom, &m_surface), 0);
+        const QVR_ST_IMAGE stored = storedRecord(8);
+        dcmSeries* const opened = plan();
+        EXPECT_TRUE(m_exam.OpenImage(0, position(opened), &stored, noRoom, &m_surface));
+        EXPECT_EQ(all[5]->IsImageInRAM() + opened->IsImageInRAM(), 0);
+    }
     EXPECT_EQ(counted(), before);
 }
 

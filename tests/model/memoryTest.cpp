@@ -136,4 +136,16 @@ TEST_F(MemoryTest, ListsGrowByWholeObjects) {
     EXPECT_STREQ(out.GetCodingSchemeVersion(), kText);
 }
 
+TEST(Memory, AFormattedTextIsWholeOrEmpty) {
+    CString text;
+    const long runs =
+        refuseEachAllocation([&] { text = "before"; },
+                             [&] {
+                                 text.Format("%s and %s", kText, kText);
+                                 return text.GetLength();
+                             },
+                             [&](int length, bool refused) { EXPECT_EQ(length == 0, refused); });
+    EXPECT_GE(runs, 1);
+}
+
 }  // namespace

@@ -167,6 +167,10 @@ TEST_F(SeriesUpdateTest, ZoomedBitmapStartsAtTheOffsets) {
     EXPECT_EQ(listed(zoomed.width, zoomed.height), "80 60 ");
     EXPECT_EQ(series->UpdateImage(1.0f, 1.0f, nullptr, &m_surface), 0);
     EXPECT_EQ(raw(series)->GetXRatio(), 10.0f);
+    // Less than a column or row would be left of the image: nothing that the next refresh could show.
+    EXPECT_EQ(series->UpdateImage(0.01f, 1.0f, &kScreen, &m_surface), 0);
+    EXPECT_EQ(series->UpdateImage(1.0f, 0.02f, &kScreen, &m_surface), 0);
+    EXPECT_EQ(listed(raw(series)->GetXRatio(), raw(series)->GetYRatio()), "10 10 ");
     EXPECT_EQ(series->UpdateImage(0.0f, 0.0f, &kScreen, &m_surface), 1);
     EXPECT_EQ(reference::pictureOf(raw(series)->GetDIB()).height, 49);
 }

@@ -78,7 +78,8 @@ TEST(Date, DifferencesAreDays) {
     EXPECT_EQ((invalid + COleDateTimeSpan(1)).GetStatus(), COleDateTime::invalid);
     EXPECT_EQ((newYear + COleDateTimeSpan(1e9)).GetStatus(), COleDateTime::invalid);
     EXPECT_TRUE(newYear < march && march > newYear && newYear != march);
-    EXPECT_FALSE(invalid < march || march < invalid || invalid == march);
+    EXPECT_TRUE(newYear <= march && march <= march && march >= newYear && !(march <= newYear));
+    EXPECT_FALSE(invalid < march || march < invalid || invalid == march || invalid <= march);
 }
 
 TEST(Date, CurrentTimeIsLocal) {

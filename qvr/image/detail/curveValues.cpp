@@ -67,6 +67,19 @@ QVR_CLONES void square(double* values, std::size_t count) {
     for (std::size_t i = 0; i < count; ++i) values[i] *= values[i];
 }
 
+QVR_CLONES void exponentials(const CurvePositions& at, double k, double* __restrict values) {
+    for (std::size_t i = 0; i < at.count; ++i) values[i] = exponential(k * position(at, i));
+}
+
+QVR_CLONES void logarithms(const CurvePositions& at, double* __restrict values) {
+    for (std::size_t i = 0; i < at.count; ++i) values[i] = logarithm(position(at, i));
+}
+
+QVR_CLONES void sigmoids(const CurvePositions& at, double k, double center, double* __restrict values) {
+    for (std::size_t i = 0; i < at.count; ++i)
+        values[i] = 1.0 / (1.0 + exponential(-k * (position(at, i) - center)));
+}
+
 }  // namespace
 
 void powerValues(const CurvePositions& at, int k, double* values) {
@@ -79,17 +92,16 @@ void powerValues(const CurvePositions& at, int k, double* values) {
     }
 }
 
-QVR_CLONES void exponentialValues(const CurvePositions& at, double k, double* __restrict values) {
-    for (std::size_t i = 0; i < at.count; ++i) values[i] = exponential(k * position(at, i));
+void exponentialValues(const CurvePositions& at, double k, double* values) {
+    exponentials(at, k, values);
 }
 
-QVR_CLONES void logarithmicValues(const CurvePositions& at, double* __restrict values) {
-    for (std::size_t i = 0; i < at.count; ++i) values[i] = logarithm(position(at, i));
+void logarithmicValues(const CurvePositions& at, double* values) {
+    logarithms(at, values);
 }
 
-QVR_CLONES void sigmoidValues(const CurvePositions& at, double k, double center, double* __restrict values) {
-    for (std::size_t i = 0; i < at.count; ++i)
-        values[i] = 1.0 / (1.0 + exponential(-k * (position(at, i) - center)));
+void sigmoidValues(const CurvePositions& at, double k, double center, double* values) {
+    sigmoids(at, k, center, values);
 }
 
 }  // namespace qvr

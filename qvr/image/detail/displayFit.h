@@ -51,6 +51,10 @@ struct Sides {
 
 /// @return nothing for an empty, inverted or too large rectangle
 std::optional<Sides> sidesOf(const RECT& rectangle);
+/// Whether anything can be shown in it: that of a minimised window is empty.
+inline bool hasRoom(const RECT* rectangle) {
+    return rectangle && sidesOf(*rectangle);
+}
 FitKind fitKind(const Sides& rectangle, int width, int height);
 /// Size of a bitmap of width * height pixels as drawn.
 Sides drawnSize(FitKind kind, const Sides& rectangle, int width, int height);
