@@ -94,9 +94,9 @@ dcmImage* dcmExam::CreateImage(int study, int series, const QVR_ST_IMAGE* record
     if (!target || !record || !directory || !rectangle) return nullptr;
     return qvr::guarded<dcmImage*>(nullptr, [&]() -> dcmImage* {
         m_SeriesInRAM.reserveOne();
-        // A host may acquire anew what an image holds: its pixels must not leave memory before they are copied.
         QVR_ST_IMAGE apart;
         qvr::Pixels pixels;
+        // A host may acquire anew what an image holds: its pixels must not leave memory before they are copied.
         if (m_SeriesInRAM.isFull() && liesIn(pixelsOf(m_SeriesInRAM.newest()), record->PixelData)) {
             apart = *record;
             pixels = qvr::copyPixels(record->Width, record->Height, record->PixelData);

@@ -223,7 +223,7 @@ void failEachAllocation(Prepare&& prepare, Call&& operation, Check&& check) {
     }
 }
 
-TEST(Allocation, ALabelIsNeverEmptyAndABurnedOneIsBurned) {
+TEST(Allocation, ALabelIsNeverEmptyNorElsewhereAndABurnedOneIsBurned) {
     constexpr RECT kView{0, 0, 600, 200};
     const std::string text(40, 'i');  // longer than a string keeps in itself
     const std::vector<std::uint16_t> plain(600 * 200, 7);
@@ -240,6 +240,16 @@ TEST(Allocation, ALabelIsNeverEmptyAndABurnedOneIsBurned) {
                            EXPECT_TRUE(!image.GetMark(0, mark) || mark.GetMarkText() == text);
                        });
     ASSERT_EQ(image.GetMarkCount(), 1);
+    CMark before;
+    image.MoveMark(0, 50, 20, &kView, &surface);
+    ASSERT_TRUE(image.GetMark(0, before));
+    failEachAllocation([&] { image.DeflateMark(0); },
+                       [&] { return image.InflateMark(0, &kView, &surface), 1; },
+                       [&](int) {
+                           CMark mark;
+                           EXPECT_TRUE(image.GetMark(0, mark));
+                           EXPECT_EQ(mark.GetDISPLeftTop(), before.GetDISPLeftTop());
+                       });
     auto burned = plain, pixels = plain;
     ASSERT_EQ(image.WriteMark(600, 200, burned.data(), 14, &surface), 1);
     ASSERT_NE(burned, plain);
@@ -324,6 +334,18 @@ TEST(Allocation, AnEntityTakesARecordAsAWholeAndThrowsNothing) {
     failEachAllocation([&] { series = std::make_unique<dcmDXSeries>(); },
                        [&] { return series->CreateImage(&record, folder.path().c_str(), &kView, &surface); },
                        [&](int made) { EXPECT_TRUE(!made || series->IsImageInRAM()); });
+    // A place in the list of what is resident comes before the image: one that is whole is counted.
+    std::unique_ptr<dcmExam> exam;
+    const QVR_ST_STUDY studyRecord;
+    const QVR_ST_SERIES seriesRecord;
+    failEachAllocation(
+        [&] {
+            exam = std::make_unique<dcmExam>();
+            ASSERT_TRUE(exam->CreateStudy(&studyRecord, dcmStudy::DX) &&
+                        exam->CreateSeries(0, &seriesRecord));
+        },
+        [&] { return exam->CreateImage(0, 0, &record, folder.path().c_str(), &kView, &surface) ? 1 : 0; },
+        [&](int made) { EXPECT_EQ(exam->GetStudy(0)->GetSeries(0)->GetThumb() != nullptr, made != 0); });
 }
 
 TEST(Allocation, AnImageIsCopiedWholeOrNotAtAll) {
