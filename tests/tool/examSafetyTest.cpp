@@ -211,7 +211,7 @@ protected:
 };
 
 TEST_F(ReplacedExamTest, IsKeptUntilTheNewOneIsWhole) {
-    for (const rlim_t room : {500, 4000, 100000}) {
+    for (const rlim_t room : {rlim_t{500}, rlim_t{4000}, rlim_t{100000}}) {
         const auto failed = build({"--force"}, {{}, "/dev/null", room});
         EXPECT_EQ(failed.code, 5) << failed.err;
         EXPECT_EQ(contentsOf(exam()), m_before) << room;
