@@ -66,8 +66,8 @@ public:
     void UsePalette(CDC* surface, int background);
     /// Makes cleared pixel storage of ImageSize bytes.
     /// @param surface  not used on this platform; may be null
-    /// @return its handle, which tests true; null without a header, with storage already there, for a width below 1 or a height
-    ///         of 0, or without memory
+    /// @return its handle, which tests true; null without a header, with storage already there, for a width below 1 or a
+    ///         height of 0, or without memory
     HBITMAP CreateSection(CDC* surface);
     /// Fills the colour table, makes palette and pixel storage (storage that is there already is kept), and copies the
     /// pixels as one block to the start of `Bits`, without regard to row padding.

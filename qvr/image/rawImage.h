@@ -51,7 +51,8 @@ struct DisplayView;
 struct MarkView;
 }  // namespace qvr
 
-/// An image that an entity owns lives until an operation of it has ended, also when the surface calls back and rejects it.
+/// An image that an entity owns lives until an operation of it has ended, also when the surface calls back and rejects
+/// it.
 class QVR_API rawImage : public std::enable_shared_from_this<rawImage> {
 public:
     rawImage();
@@ -142,9 +143,9 @@ public:
     /// only the marks are drawn.
     void Draw(const RECT* rectangle, CDC* surface);
     /// Fills a lookup table for pixel values 0 … size - 1: 0 below low, 255 above high, the curve between. It differs
-    /// from the display's own table: the range counts high - low + 1 values, the linear entries grow with
-    /// the size of the table and reach 255 only for 16384 entries, the logarithm is scaled by 1 / ln(k + 1), the
-    /// sigmoid is not scaled.
+    /// from the display's own table: the range counts high - low + 1 values, the linear entries are in
+    /// proportion to `size` (the display's own at 16384; of larger ones the low byte), the logarithm is scaled by
+    /// 1 / ln(k + 1), the sigmoid is not scaled.
     /// @param type   1 power, 2 exponential, 3 logarithmic, 4 sigmoid, everything else linear
     /// @param k,c    parameters of the curve, c in tenths
     /// @param table  out: room for `size` entries
@@ -159,8 +160,8 @@ public:
 
     /// Adds a mark along the top edge of the image and draws it.
     /// @param text  UTF-8; null is empty
-    /// @return 1; 0, with nothing added or drawn, when there are three marks, the text does not fit at font height 50 or has
-    ///         more than 4096 bytes
+    /// @return 1; 0, with nothing added or drawn, when there are three marks, the text does not fit at font height 50 or
+    ///         has more than 4096 bytes
     int AddMark(const char* text, const RECT* rectangle, CDC* surface);
     /// The next larger of the font heights 30, 40 and 50, kept inside the image's right and bottom edges.
     void InflateMark(int index, const RECT* rectangle, CDC* surface);
@@ -187,8 +188,8 @@ public:
     int GetMark(int index, CMark& out) const;
     /// Burns the text of every mark into a pixel buffer: each pixel under it becomes the brightest value of the depth.
     /// The font height follows the present zoom (GetYRatio), so burn from the fitted view.
-    /// @param pixels  width * height values: the image's own, or a copy of them. Own ones that a surface replaces meanwhile
-    ///                by calling back are burned when their size is the same
+    /// @param pixels  width * height values: the image's own, or a copy of them. Own ones that a surface replaces
+    ///                meanwhile by calling back are burned when their size is the same
     /// @return 1, also without marks; 0 when a mark could not be burned (another depth than 10, 12, 14 or 16, no
     ///         zoom, a font height that rounds to 0, no usable font, no memory); the other marks are burned all the same
     int WriteMark(int width, int height, std::uint16_t* pixels, int bitsStored, CDC* surface);
@@ -210,12 +211,13 @@ public:
     /// Moves a new image's raw copy to a path of the host's, which becomes the raw copy's path: RejectImage deletes it
     /// there. An existing file is replaced in one step.
     /// @return 0, with nothing changed, for an opened image, null, a path that names the raw copy or the image file
-    ///         itself, when those two are one file, and when the file cannot be copied; 0, with the raw copy in both places and its path unchanged,
-    ///         when the new name cannot be made safe on disk
+    ///         itself, when those two are one file, and when the file cannot be copied; 0, with the raw copy in both
+    ///         places and its path unchanged, when the new name cannot be made safe on disk
     int WriteFileForPROC(const char* path);
     /// New image: writes the current pixels with all marks burned in to a path of the host's, deletes the image file (not
     /// when it is the raw copy) and takes the path as the image file's. RejectImage then deletes it there, and a later
-    /// WriteToHDD replaces it by pixels without marks. The image's own pixels and marks stay. An existing file is replaced in one step.
+    /// WriteToHDD replaces it by pixels without marks. The image's own pixels and marks stay. An existing file is
+    /// replaced in one step.
     /// Opened image: commits the current pixels to the image file in one step - from memory, or from the work file when
     /// not resident; path and surface are not used, and no mark is burned. An earlier work file stays and is still what
     /// reads take. A work file that is too short for the pixels or is the raw copy is not committed.

@@ -49,17 +49,18 @@ public:
     /// A new image from acquired pixels (dcmSeries::CreateImage), counted as resident. When five are, the newest of them
     /// is written out first, whether or not this acquisition then succeeds.
     /// @return the image entity; null, with nothing changed, for a missing series, for a null record, directory or
-    ///         rectangle, and when there is no memory to copy pixels that lie in the image that would leave; null as dcmSeries::CreateImage, whose image may then be resident without being counted
+    ///         rectangle, and when there is no memory to copy pixels that lie in the image that would leave; null as
+    ///         dcmSeries::CreateImage, whose image may then be resident without being counted
     dcmImage* CreateImage(int study, int series, const QVR_ST_IMAGE* record, const char* directory,
                           const RECT* rectangle, CDC* surface);
-    /// An image from stored files, read into memory when that is possible (never with a null rectangle) and then counted;
-    /// makes room as CreateImage.
+    /// An image from stored files, read into memory when that is possible (never with a null or empty rectangle) and then
+    /// counted; makes room as CreateImage.
     /// @return the image entity, resident or not; null for a missing series and as dcmSeries::OpenImage
     dcmImage* OpenImage(int study, int series, const QVR_ST_IMAGE* record, const RECT* rectangle,
                         CDC* surface);
     /// Makes an image resident. When five are, the oldest of them is written out first.
     /// @return 1, also when the series has no image or it is resident already; 0, with nothing changed, for a missing
-    ///         series, a null rectangle and when the oldest cannot be written, also since the host wrote it out behind
+    ///         series, a null or empty rectangle and when the oldest cannot be written, also since the host wrote it out behind
     ///         the exam's back (dcmStudy::WriteImageToHDD: read it again, or reject it); 0 when the image cannot be read
     int ActivateImage(int study, int series, const RECT* rectangle, CDC* surface);
     /// Draws the image; black for a missing series; nothing for a missing study.

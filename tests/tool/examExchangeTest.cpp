@@ -95,15 +95,6 @@ protected:
     ExamFolder m_folder{m_temporary / "exam"};
 };
 
-TEST_F(ExamExchange, KeepsTheFilesOfImagesThatTheNewOneLacks) {
-    replace({});
-    plan = {};
-    EXPECT_TRUE(isWhole(kNew));
-    EXPECT_EQ(names(), (std::set<std::string>{"Cache", "exam.json"}));
-    EXPECT_EQ(m_folder.cacheNames().size(), 6U);
-    EXPECT_EQ(pixelsOf(m_folder.rawCopy(uidOf(1))), picture(1).pixels);
-}
-
 TEST_F(ExamExchange, KilledAtAnyRenameIsTheOldExamOrCanBeFinished) {
     const int count = renames();
     ASSERT_GE(count, 5);

@@ -272,6 +272,7 @@ TEST_F(ReplacedExamTest, IsOneOfTheTwoWhenTheProgramIsKilled) {
     int old = 0, young = 0;
     for (double moment = 4000; moment < 2e7 && (old < 5 || young < 2); moment *= 1.15) {
         build({"--force"}, {{}, "/dev/null", RLIM_INFINITY, static_cast<long>(moment)});
+        if (fs::exists(exam(".qvr-exchange"))) runTool({"cache", "check", exam(), "--repair"});
         const auto list = runTool({"cache", "check", exam(), "--json", "--progress", "never"}).out;
         const bool first = record()["studies"][0]["patient_family_name"] == "Anna";
         const std::size_t images = first ? 1 : 2;

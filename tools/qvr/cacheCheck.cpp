@@ -29,10 +29,9 @@ bool restore(const ExamFolder& folder, const std::string& from, const std::strin
     const auto needed = static_cast<double>(file.bytes());
     const double space = freeSpace(folder.cache());
     if (CopyFileA(from.c_str(), to.c_str(), 0)) return true;
-    check.notRestored = space < needed ? fmt::format("no space left (needs {}, {} free)",
-                                                     readableSize(needed), readableSize(space))
-                                       : fmt::format("the copy of {} cannot be written", from);
-    check.notRestoredFile = to;
+    check.notRestored.emplace(
+        Exit::notWritten, to, "not restored",
+        space < needed ? noSpaceText(needed, space) : fmt::format("the copy of {} cannot be written", from));
     return false;
 }
 
@@ -68,7 +67,6 @@ ImageCheck checkImage(const ExamFolder& folder, const ImageRecord& image) {
     return {image.attributes.SOPInstanceUID.GetString(),
             folder.lookAtImage(image, true),
             folder.lookAtRawCopy(image, true),
-            {},
             {},
             {}};
 }
@@ -115,12 +113,12 @@ std::vector<StrayFile> strayFiles(const ExamFolder& folder, ExamRecord& exam) {
     std::vector<StrayFile> strays;
     for (const auto& name : folder.names()) {
         if (!isTemporaryName(name)) continue;
-        const ExamFolder unfinished(folder.path() + '/' + name);
+        const std::string path = folder.path() + '/' + name;
         std::error_code error;
-        if (!fs::is_directory(unfinished.path(), error))
-            strays.push_back({Kind::temporary, name, sizeOf(unfinished.path()), false});
-        else
+        if (fs::is_directory(path, error))
             strays.push_back({Kind::unfinished, name, "it was to replace this one", false});
+        else
+            strays.push_back({Kind::temporary, name, sizeOf(path), false});
     }
     std::error_code missing;
     if (fs::exists(folder.exchange(), missing))
@@ -150,9 +148,7 @@ std::vector<StrayFile> strayFiles(const ExamFolder& folder, ExamRecord& exam) {
 
 bool removeTemporary(const ExamFolder& folder, const StrayFile& file) {
     std::error_code error;
-    const ExamFolder place(folder.path() + '/' + file.name);
-    if (file.kind != StrayFile::Kind::unfinished) return fs::remove(place.path(), error);
-    fs::remove_all(place.path(), error);
+    fs::remove_all(folder.path() + '/' + file.name, error);
     return !error;
 }
 

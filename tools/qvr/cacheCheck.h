@@ -2,9 +2,11 @@
 #pragma once
 
 #include <functional>
+#include <optional>
 #include <string>
 #include <vector>
 
+#include "errors.h"
 #include "examFolder.h"
 
 namespace qvr::tool {
@@ -14,9 +16,8 @@ struct ImageCheck {
     std::string uid;
     FileReport imageFile;
     FileReport rawCopy;
-    std::string repaired;         ///< what was done, in words; empty when nothing was
-    std::string notRestored;      ///< why a file could not be written; empty when none had to be, or it was
-    std::string notRestoredFile;  ///< its path
+    std::string repaired;                ///< what was done, in words; empty when nothing was
+    std::optional<Failure> notRestored;  ///< why a file could not be written
     bool whole() const { return imageFile.whole() && rawCopy.whole(); }
 };
 

@@ -70,8 +70,7 @@ bool sameStudy(const StudyRecord& known, const DicomRecords& records) {
 std::string whyNotWritten(const ExamFolder& place, const PixelFileRecord& file) {
     const double needed = static_cast<double>(file.bytes());
     const double space = freeSpace(place.cache());
-    if (space < needed)
-        return fmt::format("no space left (needs {}, {} free)", readableSize(needed), readableSize(space));
+    if (space < needed) return noSpaceText(needed, space);
     return fmt::format("the write of {} failed, or memory is short", readableSize(needed));
 }
 

@@ -56,8 +56,7 @@ bool sameFile(const struct stat& a, const struct stat& b) {
     const std::string folder = folderOf(target);
     std::string why = std::strerror(error);
     if (error == ENOSPC || error == EDQUOT) {
-        why = fmt::format("no space left (needs {}, {} free)", readableSize(static_cast<double>(size)),
-                          readableSize(space));
+        why = noSpaceText(static_cast<double>(size), space);
     } else if (error == EFBIG) {
         why = fmt::format("{} is more than a file may have here", readableSize(static_cast<double>(size)));
     } else if (error == EACCES || error == EPERM || error == EROFS) {
@@ -158,6 +157,10 @@ std::string readableSize(double bytes) {
     int unit = 0;
     for (; bytes >= 1000 && unit < 3; ++unit) bytes /= 1000;
     return unit == 0 ? fmt::format("{:.0f} bytes", bytes) : fmt::format("{:.1f} {}", bytes, units[unit]);
+}
+
+std::string noSpaceText(double needed, double space) {
+    return fmt::format("no space left (needs {}, {} free)", readableSize(needed), readableSize(space));
 }
 
 void syncFolder(const std::string& folder) {

@@ -25,6 +25,8 @@ void writeBothSafely(const std::string& first, std::span<const std::uint8_t> fir
 
 /// Makes the names in a folder safe on disk.
 void syncFolder(const std::string& folder);
+/// "no space left (needs 8.1 MB, 2.0 MB free)"
+std::string noSpaceText(double needed, double space);
 /// Bytes that may still be written into a folder; 0 when that cannot be told.
 double freeSpace(const std::string& folder);
 /// "8.1 MB"

@@ -21,8 +21,8 @@ bool ensureFolder(const char* path) noexcept;
 /// True for a name that is one path component: not empty, no separator of any platform, no control byte.
 [[nodiscard]] bool isPlainName(const char* name) noexcept;
 
-/// Makes an empty file beside `target` (beside the file it leads to, when it is a symbolic link), which will replace it. It is
-/// a new one: what stands there already, from a killed process or as a link to something else, is left alone.
+/// Makes an empty file beside `target` (beside the file it leads to, when it is a symbolic link), which will replace it.
+/// It is a new one: what stands there already, from a killed process or as a link to something else, is left alone.
 /// @return its name
 /// @throws CFileException when it cannot be made
 [[nodiscard]] std::string makeNeighbour(const std::string& target);

@@ -112,10 +112,9 @@ private:
             if (!check.whole()) ++m_problems;
             if (!check.imageFile.whole() && check.rawCopy.whole()) m_repairable = true;
             report(check, common, console);
-            if (!check.notRestored.empty()) {
+            if (check.notRestored) {
                 m_notRestored = true;
-                console.error(
-                    Failure(Exit::notWritten, check.notRestoredFile, "not restored", check.notRestored));
+                console.error(*check.notRestored);
             }
             progress.finish(image.uid(), check.whole() ? std::optional<std::string>("whole") : std::nullopt);
         }
@@ -146,8 +145,8 @@ private:
         } catch (const Failure& failure) {
             if (!m_restored) throw;
             throw Failure(Exit::notWritten, folder.examFile(), "not written",
-                          fmt::format("{} are free", readableSize(freeSpace(m_path))),
-                          "The image files are restored. Make room, then repeat the repair.");
+                          "image files are restored, and it does not tell of them yet",
+                          fmt::format("Repeat the repair ({} are free).", readableSize(freeSpace(m_path))));
         }
     }
 

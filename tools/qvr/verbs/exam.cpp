@@ -22,7 +22,7 @@ public:
     Exit run(const Common& common, Console& console) override {
         if (m_buildApp->parsed()) {
             m_window.check();
-            // An image without a width of its window could not be exported as DICOM.
+            // Such a window could not be exported as DICOM.
             if (m_window.request().kind == WindowRequest::Kind::given && m_window.request().width < 0)
                 notUnderstood("--window",
                               fmt::format("{},{}", m_window.request().center, m_window.request().width),
